@@ -1,0 +1,431 @@
+#include "base/String.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace base {
+
+namespace {
+
+void AppendUtf8(std::string& out, uint32_t cp) {
+  if (cp < 0x80) {
+    out += static_cast<char>(cp);
+  } else if (cp < 0x800) {
+    out += static_cast<char>(0xC0 | (cp >> 6));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  } else if (cp < 0x10000) {
+    out += static_cast<char>(0xE0 | (cp >> 12));
+    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  } else {
+    out += static_cast<char>(0xF0 | (cp >> 18));
+    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  }
+}
+
+void AppendUtf16(String& out, uint32_t cp) {
+  if (cp < 0x10000) {
+    out += static_cast<char16_t>(cp);
+  } else {
+    cp -= 0x10000;
+    out += static_cast<char16_t>(0xD800 + (cp >> 10));
+    out += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
+  }
+}
+
+// Length of the UTF-8 sequence led by byte b, 0 when b cannot lead one.
+int SequenceLength(unsigned char b) {
+  if (b < 0x80) return 1;
+  if (b >= 0xC2 && b <= 0xDF) return 2;
+  if (b >= 0xE0 && b <= 0xEF) return 3;
+  if (b >= 0xF0 && b <= 0xF4) return 4;
+  return 0;
+}
+
+}  // namespace
+
+std::string ToUtf8(const String& text) {
+  std::string out;
+  out.reserve(text.size() + text.size() / 2);
+  for (size_t i = 0; i < text.size(); ++i) {
+    uint32_t unit = text[i];
+    if (unit < 0x80) {
+      out += static_cast<char>(unit);
+    } else if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+               text[i + 1] <= 0xDFFF) {
+      AppendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (text[i + 1] - 0xDC00));
+      ++i;
+    } else if (unit >= 0xD800 && unit <= 0xDFFF) {
+      AppendUtf8(out, 0xFFFD);
+    } else {
+      AppendUtf8(out, unit);
+    }
+  }
+  return out;
+}
+
+String FromUtf8(const std::string& text) {
+  String out;
+  out.reserve(text.size());
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+  const size_t size = text.size();
+  for (size_t i = 0; i < size;) {
+    const unsigned char lead = bytes[i];
+    if (lead < 0x80) {
+      out += static_cast<char16_t>(lead);
+      ++i;
+      continue;
+    }
+    const int length = SequenceLength(lead);
+    bool valid = length > 0 && i + length <= size;
+    uint32_t cp = valid ? (lead & (0x7F >> length)) : 0;
+    for (int k = 1; valid && k < length; ++k) {
+      if ((bytes[i + k] & 0xC0) != 0x80) valid = false;
+      cp = (cp << 6) | (bytes[i + k] & 0x3F);
+    }
+    if (valid && ((length == 3 && (cp < 0x800 || (cp >= 0xD800 && cp <= 0xDFFF))) ||
+                  (length == 4 && (cp < 0x10000 || cp > 0x10FFFF)))) {
+      valid = false;
+    }
+    if (!valid) {
+      out += u'\xFFFD';
+      ++i;
+      continue;
+    }
+    AppendUtf16(out, cp);
+    i += length;
+  }
+  return out;
+}
+
+String FromUtf8(const char* text) { return text ? FromUtf8(std::string(text)) : String(); }
+
+String FromAscii(const std::string& text) {
+  String out(text.size(), u'\0');
+  for (size_t i = 0; i < text.size(); ++i) out[i] = static_cast<unsigned char>(text[i]);
+  return out;
+}
+
+std::string ToAscii(const String& text) {
+  std::string out(text.size(), '\0');
+  for (size_t i = 0; i < text.size(); ++i) out[i] = text[i] > 0xFF ? '?' : static_cast<char>(text[i]);
+  return out;
+}
+
+char16_t ToLowerUnit(char16_t c) {
+  if (c < 0x80) return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
+  if ((c >= 0xC0 && c <= 0xDE && c != 0xD7) || (c >= 0x391 && c <= 0x3AB && c != 0x3A2) ||
+      (c >= 0x410 && c <= 0x42F) || (c >= 0xFF21 && c <= 0xFF3A)) {
+    return static_cast<char16_t>(c + 32);  // Latin-1, Greek, Cyrillic and full-width Latin
+  }
+  if (c >= 0x400 && c <= 0x40F) return static_cast<char16_t>(c + 80);
+  if (c >= 0x100 && c <= 0x17F && c != 0x130 && c != 0x138 && c != 0x149 && c != 0x17F) {
+    // Latin Extended-A pairs: even upper/odd lower up to 0x137, odd upper/even lower after.
+    if (c <= 0x137) return (c % 2 == 0) ? static_cast<char16_t>(c + 1) : c;
+    if (c >= 0x139 && c <= 0x148) return (c % 2 == 1) ? static_cast<char16_t>(c + 1) : c;
+    if (c >= 0x14A && c <= 0x177) return (c % 2 == 0) ? static_cast<char16_t>(c + 1) : c;
+    if (c == 0x178) return 0xFF;
+    if (c >= 0x179 && c <= 0x17E) return (c % 2 == 1) ? static_cast<char16_t>(c + 1) : c;
+  }
+  return c;
+}
+
+String ToLower(const String& text) {
+  String out(text);
+  for (auto& c : out) c = ToLowerUnit(c);
+  return out;
+}
+
+String ToUpper(const String& text) {
+  String out(text);
+  for (auto& c : out)
+    if (c >= u'a' && c <= u'z') c = static_cast<char16_t>(c - 32);
+  return out;
+}
+
+int CompareIgnoreCase(const String& a, const String& b) {
+  const size_t n = a.size() < b.size() ? a.size() : b.size();
+  for (size_t i = 0; i < n; ++i) {
+    const char16_t x = ToLowerUnit(a[i]);
+    const char16_t y = ToLowerUnit(b[i]);
+    if (x != y) return x < y ? -1 : 1;
+  }
+  return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+}
+
+bool EqualsIgnoreCase(const String& a, const String& b) {
+  return a.size() == b.size() && CompareIgnoreCase(a, b) == 0;
+}
+
+bool StartsWith(const String& text, const String& prefix) {
+  return text.size() >= prefix.size() && text.compare(0, prefix.size(), prefix) == 0;
+}
+
+bool EndsWith(const String& text, const String& suffix) {
+  return text.size() >= suffix.size() && text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
+String Trim(const String& text, char16_t unit) {
+  const size_t first = text.find_first_not_of(unit);
+  if (first == String::npos) return String();
+  const size_t last = text.find_last_not_of(unit);
+  return text.substr(first, last - first + 1);
+}
+
+String TrimBlanks(const String& text) {
+  const String blanks = u" \t\r\n";
+  const size_t first = text.find_first_not_of(blanks);
+  if (first == String::npos) return String();
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+String ReplaceAll(const String& text, const String& from, const String& to) {
+  if (from.empty()) return text;
+  String out;
+  size_t pos = 0;
+  for (size_t hit; (hit = text.find(from, pos)) != String::npos; pos = hit + from.size()) {
+    out.append(text, pos, hit - pos);
+    out += to;
+  }
+  out.append(text, pos, String::npos);
+  return out;
+}
+
+std::vector<String> Split(const String& text, char16_t separator) {
+  std::vector<String> parts;
+  size_t start = 0;
+  for (size_t hit; (hit = text.find(separator, start)) != String::npos; start = hit + 1)
+    parts.push_back(text.substr(start, hit - start));
+  parts.push_back(text.substr(start));
+  return parts;
+}
+
+namespace {
+
+template <typename Unit>
+int64_t ParseLeadingInteger(const Unit* text, size_t size) {
+  size_t i = 0;
+  while (i < size && (text[i] == ' ' || text[i] == '\t')) ++i;
+  bool negative = false;
+  if (i < size && (text[i] == '-' || text[i] == '+')) negative = text[i++] == '-';
+  uint64_t value = 0;
+  for (; i < size && text[i] >= '0' && text[i] <= '9'; ++i) value = value * 10 + static_cast<uint64_t>(text[i] - '0');
+  return negative ? static_cast<int64_t>(0 - value) : static_cast<int64_t>(value);
+}
+
+}  // namespace
+
+int64_t ToInt64(const String& text) { return ParseLeadingInteger(text.data(), text.size()); }
+int64_t ToInt64(const char* text) { return text ? ParseLeadingInteger(text, std::strlen(text)) : 0; }
+int32_t ToInt32(const String& text) { return static_cast<int32_t>(ToInt64(text)); }
+int32_t ToInt32(const char* text) { return static_cast<int32_t>(ToInt64(text)); }
+
+String ToString(int64_t value) { return FromAscii(std::to_string(value)); }
+
+// ---------------------------------------------------------------------------
+
+namespace {
+
+struct Directive {
+  bool leftAlign = false, zeroFill = false, plus = false, space = false, alternate = false;
+  int width = -1;
+  int precision = -1;
+  char conversion = 0;
+};
+
+bool IsFlag(char16_t c) { return c == u'-' || c == u'0' || c == u'+' || c == u' ' || c == u'#'; }
+
+// Parses the directive that starts after '%' at format[pos]; returns the position after
+// it, or npos when the text there is not a directive we know.
+size_t ParseDirective(const String& format, size_t pos, Directive& d) {
+  const size_t size = format.size();
+  for (; pos < size && IsFlag(format[pos]); ++pos) {
+    switch (format[pos]) {
+      case u'-': d.leftAlign = true; break;
+      case u'0': d.zeroFill = true; break;
+      case u'+': d.plus = true; break;
+      case u' ': d.space = true; break;
+      default: d.alternate = true; break;
+    }
+  }
+  for (; pos < size && format[pos] >= u'0' && format[pos] <= u'9'; ++pos)
+    d.width = (d.width < 0 ? 0 : d.width * 10) + (format[pos] - u'0');
+  if (pos < size && format[pos] == u'.') {
+    d.precision = 0;
+    for (++pos; pos < size && format[pos] >= u'0' && format[pos] <= u'9'; ++pos)
+      d.precision = d.precision * 10 + (format[pos] - u'0');
+  }
+  if (format.compare(pos, 3, u"I64") == 0) {
+    pos += 3;
+  } else {
+    while (pos < size && (format[pos] == u'h' || format[pos] == u'l' || format[pos] == u'z' ||
+                          format[pos] == u'j' || format[pos] == u't'))
+      ++pos;
+  }
+  if (pos >= size) return String::npos;
+  static const String conversions = u"sdiuxXocpefgEG";
+  if (conversions.find(format[pos]) == String::npos) return String::npos;
+  d.conversion = static_cast<char>(format[pos]);
+  return pos + 1;
+}
+
+void Pad(String& out, const String& body, const Directive& d, bool numeric) {
+  const size_t width = d.width > 0 ? static_cast<size_t>(d.width) : 0;
+  if (body.size() >= width) {
+    out += body;
+  } else if (d.leftAlign) {
+    out += body;
+    out.append(width - body.size(), u' ');
+  } else if (d.zeroFill && numeric) {
+    size_t signLength = (!body.empty() && (body[0] == u'-' || body[0] == u'+' || body[0] == u' ')) ? 1 : 0;
+    if (body.size() > signLength + 1 && body[signLength] == u'0' && (body[signLength + 1] == u'x' || body[signLength + 1] == u'X'))
+      signLength += 2;
+    out.append(body, 0, signLength);
+    out.append(width - body.size(), u'0');
+    out.append(body, signLength, String::npos);
+  } else {
+    out.append(width - body.size(), u' ');
+    out += body;
+  }
+}
+
+String Digits(uint64_t value, unsigned base, bool upper) {
+  const char* digits = upper ? "0123456789ABCDEF" : "0123456789abcdef";
+  char buffer[24];
+  int n = 0;
+  do {
+    buffer[n++] = digits[value % base];
+    value /= base;
+  } while (value);
+  String out;
+  while (n) out += static_cast<char16_t>(buffer[--n]);
+  return out;
+}
+
+String IntegerBody(const FormatArg& arg, const Directive& d) {
+  const char c = d.conversion;
+  String sign;
+  uint64_t magnitude;
+  if ((c == 'd' || c == 'i') && arg.kind == FormatArg::Signed && arg.i < 0) {
+    sign = u"-";
+    magnitude = 0 - static_cast<uint64_t>(arg.i);
+  } else {
+    magnitude = arg.kind == FormatArg::Floating ? static_cast<uint64_t>(static_cast<int64_t>(arg.d)) : arg.u;
+    if ((c == 'u' || c == 'x' || c == 'X' || c == 'o') && arg.kind == FormatArg::Signed && arg.i < 0 &&
+        arg.i >= INT32_MIN) {
+      magnitude = static_cast<uint32_t>(arg.i);  // as printf shows a negative int with %u/%x
+    }
+    if (c == 'd' || c == 'i') {
+      if (d.plus) sign = u"+";
+      else if (d.space) sign = u" ";
+    }
+  }
+  const unsigned base = (c == 'x' || c == 'X') ? 16 : (c == 'o' ? 8 : 10);
+  String digits = Digits(magnitude, base, c == 'X');
+  if (d.precision >= 0) {
+    if (d.precision == 0 && magnitude == 0) digits.clear();
+    if (static_cast<int>(digits.size()) < d.precision) digits.insert(0, d.precision - digits.size(), u'0');
+  }
+  if (d.alternate && magnitude != 0 && base == 16) digits.insert(0, c == 'X' ? u"0X" : u"0x");
+  return sign + digits;
+}
+
+String FloatBody(const FormatArg& arg, const Directive& d) {
+  double value = arg.kind == FormatArg::Floating ? arg.d
+                 : arg.kind == FormatArg::Signed ? static_cast<double>(arg.i)
+                                                 : static_cast<double>(arg.u);
+  char spec[16];
+  int n = 0;
+  spec[n++] = '%';
+  if (d.plus) spec[n++] = '+';
+  if (d.space) spec[n++] = ' ';
+  if (d.alternate) spec[n++] = '#';
+  if (d.precision >= 0) n += std::snprintf(spec + n, sizeof spec - n, ".%d", d.precision > 99 ? 99 : d.precision);
+  spec[n++] = d.conversion;
+  spec[n] = 0;
+  char buffer[512];
+  std::snprintf(buffer, sizeof buffer, spec, value);
+  return FromAscii(buffer);
+}
+
+String TextBody(const FormatArg& arg, const Directive& d) {
+  String text;
+  switch (arg.kind) {
+    case FormatArg::Text16: text.assign(arg.text16, arg.len); break;
+    case FormatArg::Text8: text = FromUtf8(std::string(arg.text8, arg.len)); break;
+    case FormatArg::Signed: text = ToString(arg.i); break;
+    case FormatArg::Unsigned: text = FromAscii(std::to_string(arg.u)); break;
+    case FormatArg::Floating: text = FloatBody(arg, Directive{false, false, false, false, false, -1, -1, 'g'}); break;
+    case FormatArg::Pointer: text = Digits(reinterpret_cast<uintptr_t>(arg.p), 16, true); break;
+  }
+  if (d.precision >= 0 && static_cast<size_t>(d.precision) < text.size()) text.resize(d.precision);
+  return text;
+}
+
+void Convert(String& out, const FormatArg& arg, const Directive& d) {
+  switch (d.conversion) {
+    case 's':
+      Pad(out, TextBody(arg, d), d, false);
+      return;
+    case 'c':
+      Pad(out, String(1, static_cast<char16_t>(arg.kind == FormatArg::Signed ? arg.i : arg.u)), d, false);
+      return;
+    case 'p': {
+      const uint64_t value = arg.kind == FormatArg::Pointer ? reinterpret_cast<uintptr_t>(arg.p) : arg.u;
+      String body = Digits(value, 16, true);
+      if (body.size() < 2 * sizeof(void*)) body.insert(0, 2 * sizeof(void*) - body.size(), u'0');
+      Pad(out, body, d, false);
+      return;
+    }
+    case 'e': case 'f': case 'g': case 'E': case 'G':
+      Pad(out, FloatBody(arg, d), d, true);
+      return;
+    default:
+      if (arg.kind == FormatArg::Text16 || arg.kind == FormatArg::Text8) {
+        Pad(out, TextBody(arg, Directive{}), d, false);  // a text where a number was asked: shown as is
+      } else {
+        Directive numeric = d;
+        if (d.precision >= 0) numeric.zeroFill = false;
+        Pad(out, IntegerBody(arg, d), numeric, true);
+      }
+      return;
+  }
+}
+
+}  // namespace
+
+String FormatArgs(const String& format, const FormatArg* args, size_t count) {
+  String out;
+  out.reserve(format.size() + 32 * count);
+  size_t next = 0;
+  size_t pos = 0;
+  while (pos < format.size()) {
+    const size_t percent = format.find(u'%', pos);
+    if (percent == String::npos) {
+      out.append(format, pos, String::npos);
+      break;
+    }
+    out.append(format, pos, percent - pos);
+    if (percent + 1 < format.size() && format[percent + 1] == u'%') {
+      out += u'%';
+      pos = percent + 2;
+      continue;
+    }
+    Directive d;
+    const size_t end = ParseDirective(format, percent + 1, d);
+    if (end == String::npos || next >= count) {
+      // Not a directive, or no argument left for it: keep the text as it stands.
+      const size_t stop = end == String::npos ? percent + 1 : end;
+      out.append(format, percent, stop - percent);
+      pos = stop;
+      continue;
+    }
+    Convert(out, args[next++], d);
+    pos = end;
+  }
+  return out;
+}
+
+}  // namespace base

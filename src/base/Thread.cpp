@@ -1,0 +1,22 @@
+#include "base/Thread.h"
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace base {
+
+Thread::~Thread() { join(); }
+
+void Thread::start() {
+  join();
+  thread_.reset(new std::thread([this] { run(); }));
+}
+
+void Thread::join() {
+  if (thread_ && thread_->joinable()) thread_->join();
+  thread_.reset();
+}
+
+uint64_t Thread::currentId() { return static_cast<uint64_t>(syscall(SYS_gettid)); }
+
+}  // namespace base

@@ -1,0 +1,79 @@
+#include "docmgr/ncConfigDBInfo.h"
+
+#include "base/Directory.h"
+#include "docmgr/ncAutoGetTable.h"
+#include "docmgr/ncModuleAllocator.h"
+#include "platform/ncPlatform.h"
+
+namespace {
+
+const char16_t kVersionTable[] = u"tb_version";
+const char16_t kViewVersionTable[] = u"tb_viewver";
+
+}  // namespace
+
+ncConfigDBInfo::ncConfigDBInfo() : pathMgr_(NC_NEW(ncPathMgr)), dbMgr_(NC_NEW(ncDBMgr)) {
+  NC_TRACE(u"this: 0x%p", this);
+}
+
+ncConfigDBInfo::~ncConfigDBInfo() { NC_TRACE(u"this: 0x%p", this); }
+
+bool ncConfigDBInfo::Init(const String& path, bool isLocalSync) {
+  NC_TRACE(u"path: %s", path);
+  NC_CHECK_PATH(path);
+  pathMgr_->Init(path, isLocalSync);
+  dbPath_ = pathMgr_->GetDBPath();
+  const bool existed = base::Directory::exists(dbPath_);
+  if (!existed) {
+    base::Directory::create(dbPath_);
+    platform::SetFileAttributes(dbPath_, platform::kAttrHidden);
+  }
+  dbMgr_->Open(base::Path::combine(dbPath_, u"config.db"));
+  return existed;
+}
+
+void ncConfigDBInfo::Close() {
+  NC_TRACE(u"this: 0x%p", this);
+  if (dbMgr_) dbMgr_->Close();
+}
+
+int32_t ncConfigDBInfo::GetVersionNum() {
+  NC_TRACE(u"this: 0x%p", this);
+  if (versionNum_ == 0) versionNum_ = ReadVersion(kVersionTable);
+  return versionNum_;
+}
+
+int32_t ncConfigDBInfo::UpdateVersionNum(int32_t newVerNum) {
+  NC_TRACE(u"newVerNum: %d", newVerNum);
+  WriteVersion(kVersionTable, newVerNum);
+  return versionNum_ = newVerNum;
+}
+
+int32_t ncConfigDBInfo::GetViewVer() {
+  NC_TRACE(u"this: 0x%p", this);
+  if (viewVerNum_ == 0) viewVerNum_ = ReadVersion(kViewVersionTable);
+  return viewVerNum_;
+}
+
+int32_t ncConfigDBInfo::UpdateViewVer(int32_t newVerNum) {
+  NC_TRACE(u"newVerNum: %d", newVerNum);
+  WriteVersion(kViewVersionTable, newVerNum);
+  return viewVerNum_ = newVerNum;
+}
+
+int32_t ncConfigDBInfo::ReadVersion(const char16_t* table) {
+  int rows = 0, columns = 0;
+  char** result = nullptr;
+  // A missing table reads as no rows.
+  String sql = base::Format(u"select versionId from %s", table);
+  if (!dbMgr_->IsTableExists(table)) sql.clear();
+  ncAutoGetTable reader(sql.empty() ? nullptr : dbMgr_.get(), sql, rows, columns, result);
+  if (rows == 0 || !result) NC_THROW(NC_ERR_DATABASE, u"Failed to get versionId from %s.", table);
+  return base::ToInt32(result[rows * columns]);
+}
+
+void ncConfigDBInfo::WriteVersion(const char16_t* table, int32_t version) {
+  dbMgr_->ExecuteSql(base::Format(u"create table if not exists %s (versionId int PRIMARY KEY)", table));
+  dbMgr_->ExecuteSql(base::Format(u"delete from %s", table));
+  dbMgr_->ExecuteSql(base::Format(u"insert into %s values('%d')", table, version));
+}

@@ -1,0 +1,38 @@
+// The SQLite wrapper every store uses: one connection, the component's connection
+// settings, statements as wide strings, and explicit transactions serialised by a lock
+// held from BeginTransaction to CommitTransaction or RollbackTransaction.
+#pragma once
+
+#include <sqlite3.h>
+
+#include "base/ThreadMutexLock.h"
+#include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/public/ncIDBMgr.h"
+
+class ncDBMgr : public ncIDBMgr {
+  NC_DECL_ISUPPORTS
+ public:
+  ncDBMgr();
+
+  void Open(const String& path) override;
+  void Close() override;
+  void ExecuteSql(const String& sql) override;
+  bool IsTableExists(const String& tableName) override;
+  bool IsColumnExists(const String& tableName, const String& columnName) override;
+  void BeginTransaction() override;
+  void CommitTransaction() override;
+  void RollbackTransaction() override;
+
+  // Fills the outputs as sqlite3_get_table does (row 0 holds the column names); the caller
+  // frees the table, normally through ncAutoGetTable.
+  void GetTable(const String& sql, int& rowCount, int& columnCount, char**& result);
+
+  sqlite3* GetHandle() const { return db_; }
+
+ protected:
+  virtual ~ncDBMgr();
+
+ private:
+  sqlite3* db_ = nullptr;
+  base::ThreadMutexLock transactionLock_;
+};

@@ -1,0 +1,156 @@
+#include "docmgr/ncDocMgr.h"
+
+#include "base/Directory.h"
+#include "docmgr/ncConfigDBInfo.h"
+#include "docmgr/ncDocUtils.h"
+#include "docmgr/ncModuleAllocator.h"
+#include "platform/ncPlatform.h"
+
+namespace {
+
+// The schema version a new local sync root starts at.
+const int32_t kCurrentSchemaVersion = 24;
+
+template <typename Interface, typename Manager>
+Interface* AddRefed(Manager* manager) {
+  if (manager) manager->AddRef();
+  return manager;
+}
+
+}  // namespace
+
+NC_IMPL_HEAP_ISUPPORTS1(ncDocMgr, ncIDocMgr)
+
+ncDocMgr::ncDocMgr() : pathMgr_(NC_NEW(ncPathMgr)) { NC_TRACE(u"this: 0x%p", this); }
+
+ncDocMgr::~ncDocMgr() { NC_TRACE(u"this: 0x%p", this); }
+
+void ncDocMgr::CreateHiddenDirectory(const String& path) {
+  if (base::Directory::exists(path)) return;
+  base::Directory::create(path);
+  platform::SetFileAttributes(path, platform::kAttrHidden);
+}
+
+void ncDocMgr::Init(const String& rootPath, const String& logRootPath, const std::vector<ncTopFolderInfo>& topFolders,
+                    bool isNewView, const String& userName) {
+  NC_TRACE(u"path: %s", rootPath);
+  NC_CHECK_PATH(rootPath);
+  NC_TRACE(u"path: %s", logRootPath);
+  NC_CHECK_PATH(logRootPath);
+  topFolders_ = topFolders;
+  isNewView_ = isNewView;
+  userName_ = userName;
+
+  pathMgr_->Init(rootPath, false);
+  pathMgr_->SetUserName(userName);
+  const String mainData = pathMgr_->GetDBPath();
+  CreateHiddenDirectory(mainData);
+
+  nsCOMPtr<ncPathMgr> logPathMgr(NC_NEW(ncPathMgr));
+  logPathMgr->Init(logRootPath, false);
+  const String logData = logPathMgr->GetDBPath();
+  CreateHiddenDirectory(logData);
+}
+
+void ncDocMgr::IniLocalSync(const String& path) {
+  NC_TRACE(u"path: %s", path);
+  NC_CHECK_PATH(path);
+  ncConfigDBInfo config;
+  config.Init(path, true);
+  config.UpdateVersionNum(kCurrentSchemaVersion);
+  config.Close();
+}
+
+void ncDocMgr::AddLocalSync(const String& path) {
+  NC_TRACE(u"path: %s", path);
+  NC_CHECK_PATH(path);
+  LocalSync entry;
+  entry.pathMgr = NC_NEW(ncPathMgr);
+  entry.pathMgr->Init(path, true);
+  entry.pathMgr->SetUserName(userName_);
+  CreateHiddenDirectory(entry.pathMgr->GetDBPath());
+  localSyncs_[path] = entry;
+}
+
+void ncDocMgr::CloseLocalSync(LocalSync& /*entry*/) {}
+
+void ncDocMgr::RemoveLocalSync(const String& path) {
+  const auto entry = localSyncs_.find(path);
+  if (entry == localSyncs_.end()) return;
+  CloseLocalSync(entry->second);
+  localSyncs_.erase(entry);
+}
+
+void ncDocMgr::CheckLocalSync(const String& localPath, String& root) {
+  NC_TRACE(u"localPath: %s", localPath);
+  root.clear();
+  for (const auto& entry : localSyncs_) {
+    if (ncDocUtils::IsParentPath(entry.first, localPath, true)) {
+      root = entry.first;
+      return;
+    }
+  }
+}
+
+void ncDocMgr::GetLocalSyncs(std::vector<String>& roots) {
+  for (const auto& entry : localSyncs_) roots.push_back(entry.first);
+}
+
+void ncDocMgr::Close() {
+  NC_TRACE(u"this: 0x%p", this);
+  for (auto& entry : localSyncs_) CloseLocalSync(entry.second);
+  localSyncs_.clear();
+}
+
+bool ncDocMgr::IsNewView() {
+  NC_TRACE(u"this: 0x%p", this);
+  return isNewView_;
+}
+
+const ncDocMgr::LocalSync* ncDocMgr::FindLocalSync(const String& path) const {
+  const auto entry = localSyncs_.find(path);
+  return entry == localSyncs_.end() ? nullptr : &entry->second;
+}
+
+ncIPathMgr* ncDocMgr::GetPathMgr(const String& path) {
+  NC_TRACE(u"this: 0x%p", this);
+  if (path.empty()) return AddRefed<ncIPathMgr>(pathMgr_.get());
+  const LocalSync* entry = FindLocalSync(path);
+  return entry ? AddRefed<ncIPathMgr>(entry->pathMgr.get()) : nullptr;
+}
+
+// The managers below arrive with their stores; until then the facade has none to hand out.
+ncIFileMgr* ncDocMgr::GetFileMgr(const String&) {
+  NC_TRACE(u"this: 0x%p", this);
+  return nullptr;
+}
+
+ncIADSMgr* ncDocMgr::GetADSMgr() {
+  NC_TRACE(u"this: 0x%p", this);
+  return nullptr;
+}
+
+ncICacheMgr* ncDocMgr::GetCacheMgr(const String&) {
+  NC_TRACE(u"this: 0x%p", this);
+  return nullptr;
+}
+
+ncILogMgr* ncDocMgr::GetLogMgr() {
+  NC_TRACE(u"this: 0x%p", this);
+  return nullptr;
+}
+
+ncIMsgMgr* ncDocMgr::GetMsgMgr() {
+  NC_TRACE(u"this: 0x%p", this);
+  return nullptr;
+}
+
+ncIRelayMgr* ncDocMgr::GetRelayMgr(const String&) {
+  NC_TRACE(u"this: 0x%p", this);
+  return nullptr;
+}
+
+ncIDBMgr* ncDocMgr::CreateDBMgr() {
+  dbMgr_ = NC_NEW(ncDBMgr);
+  return dbMgr_.get();
+}

@@ -1,0 +1,57 @@
+// The document manager: owns the managers of the main sync root and of every local sync
+// root, opens each store in the right data directory, and hands the managers out.
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include "docmgr/ncDBMgr.h"
+#include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/ncPathMgr.h"
+#include "docmgr/public/ncIDocMgr.h"
+#include "xpcom/nsCOMPtr.h"
+
+class ncDocMgr : public ncIDocMgr {
+  NC_DECL_ISUPPORTS
+ public:
+  ncDocMgr();
+
+  void Init(const String& rootPath, const String& logRootPath, const std::vector<ncTopFolderInfo>& topFolders,
+            bool isNewView, const String& userName) override;
+  void IniLocalSync(const String& path) override;
+  void AddLocalSync(const String& path) override;
+  void RemoveLocalSync(const String& path) override;
+  void CheckLocalSync(const String& localPath, String& root) override;
+  void GetLocalSyncs(std::vector<String>& roots) override;
+  void Close() override;
+  bool IsNewView() override;
+  ncIPathMgr* GetPathMgr(const String& path) override;
+  ncIFileMgr* GetFileMgr(const String& path) override;
+  ncIADSMgr* GetADSMgr() override;
+  ncICacheMgr* GetCacheMgr(const String& path) override;
+  ncILogMgr* GetLogMgr() override;
+  ncIMsgMgr* GetMsgMgr() override;
+  ncIRelayMgr* GetRelayMgr(const String& path) override;
+  ncIDBMgr* CreateDBMgr() override;
+
+ protected:
+  virtual ~ncDocMgr();
+
+ private:
+  // The managers of one additional local sync root.
+  struct LocalSync {
+    nsCOMPtr<ncPathMgr> pathMgr;
+  };
+
+  // The entry of a local sync root, or null; "" selects none.
+  const LocalSync* FindLocalSync(const String& path) const;
+  static void CreateHiddenDirectory(const String& path);
+  void CloseLocalSync(LocalSync& entry);
+
+  nsCOMPtr<ncPathMgr> pathMgr_;
+  std::vector<ncTopFolderInfo> topFolders_;
+  bool isNewView_ = false;
+  std::map<String, LocalSync> localSyncs_;
+  String userName_;
+  nsCOMPtr<ncDBMgr> dbMgr_;
+};

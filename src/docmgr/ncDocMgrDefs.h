@@ -1,0 +1,90 @@
+// Tracing, errors and argument checks shared by the classes of the component.
+#pragma once
+
+#include <pratom.h>
+
+#include "base/Exception.h"
+#include "base/Path.h"
+#include "base/String.h"
+#include "base/Trace.h"
+#include "xpcom/nsTableDrivenQI.h"
+
+using base::String;
+
+#define NC_DOCMGR_PROVIDER u"docmgr"
+
+// Trace point of the module "docmgr": NC_TRACE(u"relPath: %s", relPath).
+#define NC_TRACE(...) NC_TRACE_IN("docmgr", __VA_ARGS__)
+
+// Throws the component's exception: NC_THROW(2, u"Path (%s) is INVALID.", path).
+#define NC_THROW(code, ...) \
+  throw ::base::Exception(__FILE__, __LINE__, ::base::Format(__VA_ARGS__), (code), NC_DOCMGR_PROVIDER)
+
+// Error codes of the component.
+enum ncDocMgrError {
+  NC_ERR_DATABASE = 1,      // a database failure or a required row missing
+  NC_ERR_INVALID_ARG = 2,   // an invalid path, id or argument
+  NC_ERR_SET_ADS = 4,       // setting a file tag failed
+  NC_ERR_REMOVE_ADS = 5,    // removing a file tag failed
+};
+
+// A path is valid when it is not empty and either well formed or carrying the long-path
+// prefix at its start.
+inline bool ncIsValidPath(const String& path) {
+  return !path.empty() && (base::Path::isValidPath(path) || path.rfind(u"\\\\?\\") == 0);
+}
+
+#define NC_CHECK_PATH(path)                                                \
+  do {                                                                     \
+    if (!ncIsValidPath(path)) NC_THROW(NC_ERR_INVALID_ARG, u"Path (%s) is INVALID.", (path)); \
+  } while (0)
+
+#define NC_CHECK_NOT_NULL(pointer, name)                                    \
+  do {                                                                      \
+    if (!(pointer)) NC_THROW(NC_ERR_INVALID_ARG, u"Argument (%s) is NULL.", name); \
+  } while (0)
+
+// nsISupports of the module's internal objects: table-driven query for one interface,
+// atomic counts, and on the last release the memory goes back to the module allocator.
+#define NC_DECL_ISUPPORTS                                           \
+ public:                                                            \
+  NS_IMETHOD QueryInterface(const nsIID& iid, void** result) override; \
+  NS_IMETHOD_(nsrefcnt) AddRef() override;                          \
+  NS_IMETHOD_(nsrefcnt) Release() override;                         \
+                                                                    \
+ protected:                                                         \
+  PRInt32 mRefCnt = 0;                                              \
+                                                                    \
+ public:
+
+#define NC_IMPL_QUERY_INTERFACE1(Class, Interface)                                           \
+  nsresult Class::QueryInterface(const nsIID& iid, void** result) {                          \
+    static const QITableEntry table[] = {{&NS_GET_IID(Interface), NS_INTERFACE_OFFSET(Class, Interface)}, \
+                                         {&NS_GET_IID(nsISupports), NS_INTERFACE_OFFSET(Class, Interface)}, \
+                                         {nullptr, 0}};                                      \
+    return NS_TableDrivenQI(this, table, iid, result);                                      \
+  }
+
+#define NC_IMPL_POOLED_ISUPPORTS1(Class, Interface)          \
+  NC_IMPL_QUERY_INTERFACE1(Class, Interface)                 \
+  nsrefcnt Class::AddRef() { return PR_AtomicIncrement(&mRefCnt); } \
+  nsrefcnt Class::Release() {                                \
+    const PRInt32 count = PR_AtomicDecrement(&mRefCnt);      \
+    if (count != 0) return count;                            \
+    mRefCnt = 1; /* the destructor may take and drop references */ \
+    this->~Class();                                          \
+    ncModuleAllocator::deallocate(this);                     \
+    return 0;                                                \
+  }
+
+// The same for the creatable components, which live on the ordinary heap.
+#define NC_IMPL_HEAP_ISUPPORTS1(Class, Interface)            \
+  NC_IMPL_QUERY_INTERFACE1(Class, Interface)                 \
+  nsrefcnt Class::AddRef() { return PR_AtomicIncrement(&mRefCnt); } \
+  nsrefcnt Class::Release() {                                \
+    const PRInt32 count = PR_AtomicDecrement(&mRefCnt);      \
+    if (count != 0) return count;                            \
+    mRefCnt = 1;                                             \
+    delete this;                                             \
+    return 0;                                                \
+  }

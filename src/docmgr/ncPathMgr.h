@@ -1,0 +1,40 @@
+// The path manager of one sync root (main or local sync root).
+#pragma once
+
+#include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/public/ncIPathMgr.h"
+
+class ncPathMgr : public ncIPathMgr {
+  NC_DECL_ISUPPORTS
+ public:
+  ncPathMgr();
+
+  // Not part of the interface: the document manager calls it right after creation.
+  void Init(const String& path, bool isLocalSync);
+
+  String GetRootPath() override;
+  void SetUserName(const String& name) override;
+  bool IsInRootPath(const String& path, bool includeSelf) override;
+  String GetDBPath() override;
+  bool IsInDBPath(const String& path, bool includeSelf) override;
+  String GetUnsyncDocPath() override;
+  bool IsInUnsyncDoc(const String& path, bool includeSelf) override;
+  String GetAbsolutePath(const String& relPath) override;
+  String GetRelativePath(const String& path) override;
+
+  bool IsLocalSync() const { return isLocalSync_; }
+  bool IsDriveRoot() const { return isDriveRoot_; }
+  const String& GetUserName() const { return userName_; }
+
+ protected:
+  virtual ~ncPathMgr();
+
+ private:
+  bool isLocalSync_ = false;
+  bool isDriveRoot_ = false;
+  String rootPath_;
+  String parentPath_;
+  String dbPath_;
+  String unsyncDocPath_;
+  String userName_;
+};

@@ -1,0 +1,149 @@
+#include "docmgr/ncUpgradeMgr.h"
+
+#include "base/Directory.h"
+#include "base/File.h"
+#include "docmgr/ncDocMgrLibrary.h"
+#include "docmgr/ncModuleAllocator.h"
+#include "platform/ncPlatform.h"
+
+NC_IMPL_HEAP_ISUPPORTS1(ncUpgradeMgr, ncIUpgradeMgr)
+
+ncUpgradeMgr::ncUpgradeMgr() { NC_TRACE(u"this: 0x%p", this); }
+
+ncUpgradeMgr::~ncUpgradeMgr() {
+  NC_TRACE(u"this: 0x%p", this);
+  join();
+}
+
+void ncUpgradeMgr::CheckVersion(ncConfigDBInfo& config, int32_t version) {
+  if (version >= kOldestVersion && version <= kCurrentVersion) return;
+  config.Close();
+  NC_THROW(NC_ERR_DATABASE, ncDocMgrLibrary::loadString(u"IDS_VERSION_INCOMPATIBLE"));
+}
+
+int32_t ncUpgradeMgr::ReadOrRecordVersion(ncConfigDBInfo& config, int32_t primaryVersion) {
+  if (config.GetDBMgr()->IsTableExists(u"tb_version")) return config.GetVersionNum();
+  return config.UpdateVersionNum(primaryVersion);
+}
+
+void ncUpgradeMgr::MoveJournal(const String& fromDir, const String& toDir, const char16_t* name) {
+  const String from = base::Path::combine(fromDir, name);
+  const String to = base::Path::combine(toDir, name);
+  if (!base::File::exists(from) || base::File::exists(to)) return;
+  if (!platform::CopyFile(from, to, true)) throw BASE_SYSTEM_ERROR(platform::GetLastError(), from);
+  base::File::remove(from);
+}
+
+void ncUpgradeMgr::Init(const String& primaryPath, const String& secondaryPath,
+                        const std::vector<String>& localSyncPaths, int targetViewVer) {
+  NC_TRACE(u"this: 0x%p", this);
+  targetViewVer_ = targetViewVer;
+  primaryConfig_.reset(new ncConfigDBInfo);
+  const bool primaryExisted = primaryConfig_->Init(primaryPath, false);
+  int32_t version, viewVersion;
+  bool primaryIsNew = false;
+  if (primaryConfig_->GetDBMgr()->IsTableExists(u"tb_version")) {
+    version = primaryConfig_->GetVersionNum();
+    viewVersion = primaryConfig_->GetDBMgr()->IsTableExists(u"tb_viewver") ? primaryConfig_->GetViewVer()
+                                                                           : primaryConfig_->UpdateViewVer(1);
+  } else {
+    version = primaryConfig_->UpdateVersionNum(kCurrentVersion);
+    viewVersion = primaryConfig_->UpdateViewVer(targetViewVer);
+    primaryIsNew = true;
+  }
+  needData_ = version < 7;
+  summary_ = ncUpgradeSummary();
+  summary_.total = (kCurrentVersion - version) + (viewVersion != targetViewVer ? 1 : 0);
+  CheckVersion(*primaryConfig_, version);
+
+  const int32_t inherited = primaryIsNew ? kCurrentVersion : version;
+  secondaryConfig_.reset(new ncConfigDBInfo);
+  secondaryConfig_->Init(secondaryPath, false);
+  const bool secondaryKnown = secondaryConfig_->GetDBMgr()->IsTableExists(u"tb_version");
+  const int32_t secondaryVersion = ReadOrRecordVersion(*secondaryConfig_, inherited);
+  if (!secondaryKnown && primaryExisted) {
+    MoveJournal(primaryConfig_->GetDBPath(), secondaryConfig_->GetDBPath(), u"log.db");
+    MoveJournal(primaryConfig_->GetDBPath(), secondaryConfig_->GetDBPath(), u"msg.db");
+  }
+  summary_.total += kCurrentVersion - secondaryVersion;
+  CheckVersion(*secondaryConfig_, secondaryVersion);
+
+  localSyncConfigs_.clear();
+  for (const String& path : localSyncPaths) {
+    std::unique_ptr<ncConfigDBInfo> config(new ncConfigDBInfo);
+    config->Init(path, true);
+    summary_.total += kCurrentVersion - ReadOrRecordVersion(*config, inherited);
+    localSyncConfigs_.push_back(std::move(config));
+  }
+}
+
+void ncUpgradeMgr::Close() {
+  NC_TRACE(u"this: 0x%p", this);
+  join();
+  if (primaryConfig_) primaryConfig_->Close();
+  if (secondaryConfig_) secondaryConfig_->Close();
+  for (auto& config : localSyncConfigs_) config->Close();
+}
+
+bool ncUpgradeMgr::NeedUpgrade() {
+  NC_TRACE(u"this: 0x%p", this);
+  return summary_.total > 0.0;
+}
+
+bool ncUpgradeMgr::NeedData() {
+  NC_TRACE(u"this: 0x%p", this);
+  return needData_;
+}
+
+void ncUpgradeMgr::SetData(const ncUpgradeData& data) {
+  NC_TRACE(u"this: 0x%p", this);
+  data_ = data;
+}
+
+void ncUpgradeMgr::SetViews(const std::vector<ncUpgradeView>& views) {
+  NC_TRACE(u"this: 0x%p", this);
+  views_ = views;
+}
+
+void ncUpgradeMgr::DoUpgrade() {
+  NC_TRACE(u"this: 0x%p", this);
+  start();
+}
+
+void ncUpgradeMgr::GetSummary(ncUpgradeSummary& summary) {
+  NC_TRACE(u"this: 0x%p", this);
+  summary = summary_;
+}
+
+// The version steps of this release: none is needed below the current schema, so a root
+// behind it cannot be carried forward and the run fails with a message that says so.
+void ncUpgradeMgr::RunChain(ncConfigDBInfo& config) {
+  const int32_t version = config.GetVersionNum();
+  if (version < kCurrentVersion)
+    NC_THROW(NC_ERR_DATABASE, u"No upgrade step from schema version %d in %s.", version, config.GetDBPath());
+}
+
+void ncUpgradeMgr::run() {
+  NC_TRACE(u"this: 0x%p, -begin", this);
+  NC_TRACE(u"ncUpgradeMgr::run () TID:%d", base::Thread::currentId());
+  summary_.state = 1;
+  try {
+    if (secondaryConfig_) RunChain(*secondaryConfig_);
+    for (auto& config : localSyncConfigs_) RunChain(*config);
+    if (primaryConfig_) {
+      RunChain(*primaryConfig_);
+      // Layouts 1 and 2 convert into each other; any other pair has no step and keeps its version.
+      const int32_t viewVersion = primaryConfig_->GetViewVer();
+      if ((viewVersion == 1 && targetViewVer_ == 2) || (viewVersion == 2 && targetViewVer_ == 1))
+        primaryConfig_->UpdateViewVer(targetViewVer_);
+    }
+    summary_.state = 2;
+  } catch (const base::Exception& e) {
+    summary_.message = e.getMessage();
+    summary_.state = 3;
+  } catch (...) {
+    summary_.message = u"Error: unknown.";
+    summary_.state = 3;
+  }
+  NC_TRACE(u"this: 0x%p, -end", this);
+}

@@ -1,0 +1,51 @@
+// The upgrade manager: reads the schema and view versions of every root from config.db,
+// decides what must run, and runs the chain of version steps on a worker thread while the
+// client polls the summary.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "base/Thread.h"
+#include "docmgr/ncConfigDBInfo.h"
+#include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/public/ncIUpgradeMgr.h"
+
+class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
+  NC_DECL_ISUPPORTS
+ public:
+  static const int32_t kCurrentVersion = 24;
+  static const int32_t kOldestVersion = 4;
+
+  ncUpgradeMgr();
+
+  void Init(const String& primaryPath, const String& secondaryPath, const std::vector<String>& localSyncPaths,
+            int targetViewVer) override;
+  void Close() override;
+  bool NeedUpgrade() override;
+  bool NeedData() override;
+  void SetData(const ncUpgradeData& data) override;
+  void SetViews(const std::vector<ncUpgradeView>& views) override;
+  void DoUpgrade() override;
+  void GetSummary(ncUpgradeSummary& summary) override;
+
+ protected:
+  virtual ~ncUpgradeMgr();
+
+ private:
+  void run() override;
+  // Reads the stored version, or records primaryVersion (24 for a new primary) when none is stored.
+  int32_t ReadOrRecordVersion(ncConfigDBInfo& config, int32_t primaryVersion);
+  void CheckVersion(ncConfigDBInfo& config, int32_t version);
+  static void MoveJournal(const String& fromDir, const String& toDir, const char16_t* name);
+  void RunChain(ncConfigDBInfo& config);
+
+  std::unique_ptr<ncConfigDBInfo> primaryConfig_;
+  std::unique_ptr<ncConfigDBInfo> secondaryConfig_;
+  std::vector<std::unique_ptr<ncConfigDBInfo>> localSyncConfigs_;
+  int32_t targetViewVer_ = 0;
+  bool needData_ = false;
+  ncUpgradeSummary summary_;
+  ncUpgradeData data_;
+  std::vector<ncUpgradeView> views_;
+};

@@ -1,0 +1,96 @@
+// The operating-system interface of the component, shaped after Win32: operations return a
+// boolean and leave a thread-local last-error code with Win32 values on failure. The POSIX
+// backend emulates these semantics; the Windows backend passes through.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "base/String.h"
+
+namespace platform {
+
+using base::String;
+
+// Win32 error codes the component looks at.
+enum : uint32_t {
+  kErrorSuccess = 0,
+  kErrorFileNotFound = 2,
+  kErrorPathNotFound = 3,
+  kErrorTooManyOpenFiles = 4,
+  kErrorAccessDenied = 5,
+  kErrorNotSameDevice = 17,
+  kErrorWriteProtect = 19,
+  kErrorGenFailure = 31,
+  kErrorSharingViolation = 32,
+  kErrorNotSupported = 50,
+  kErrorFileExists = 80,
+  kErrorInvalidParameter = 87,
+  kErrorDiskFull = 112,
+  kErrorDirNotEmpty = 145,
+  kErrorAlreadyExists = 183,
+  kErrorFilenameExcedRange = 206,
+  kErrorIoDevice = 1117,
+};
+
+// File attributes, Win32 values.
+enum : uint32_t {
+  kAttrReadOnly = 0x1,
+  kAttrHidden = 0x2,
+  kAttrSystem = 0x4,
+  kAttrDirectory = 0x10,
+  kAttrNormal = 0x80,
+  kInvalidAttributes = 0xFFFFFFFF,
+};
+
+uint32_t GetLastError();
+void SetLastError(uint32_t code);
+uint32_t Win32ErrorFromErrno(int error);
+// The platform's text for a Win32 error code.
+String SystemErrorText(uint32_t code);
+
+// "\\?\" handling: the identity on POSIX when adding; removal strips the four units.
+String AddLongPathPrefix(const String& path);
+String RemoveLongPathPrefix(const String& path);
+// The native form of a path for system calls (long-path prefix removed).
+std::string NativePath(const String& path);
+
+uint32_t GetFileAttributes(const String& path);
+bool SetFileAttributes(const String& path, uint32_t attributes);
+
+bool CreateDirectory(const String& path);
+// Creates an empty file, truncating an existing one.
+bool CreateEmptyFile(const String& path);
+// Names of the entries of a folder, without "." and "..".
+bool ListDirectory(const String& path, std::vector<String>& names);
+bool RemoveDirectory(const String& path);
+bool DeleteFile(const String& path);
+// Never overwrites: fails with 183 when the target exists. Across file systems a file is
+// copied (data, mode, times, extended attributes) and then removed; a folder fails with 17.
+bool MoveFile(const String& source, const String& target);
+// Copies data, mode, times and extended attributes. With failIfExists an existing target
+// fails with 183; without it the target is replaced.
+bool CopyFile(const String& source, const String& target, bool failIfExists);
+
+// Named streams of a file or folder (extended attributes "user.kestrove.<name>" on POSIX).
+// A missing stream reads as error 2.
+bool ReadStream(const String& path, const String& streamName, std::string& bytes);
+bool WriteStream(const String& path, const String& streamName, const std::string& bytes);
+bool RemoveStream(const String& path, const String& streamName);
+bool HasStream(const String& path, const String& streamName);
+
+// Gives a folder an icon and, when text is not null, a display text for the desktop shell.
+bool CustomizeFolder(const String& path, const String* text, const String& iconFile, int iconIndex);
+
+// Code page 936 (GBK): each GB2312 character takes two bytes of 0xA1 or more; a character
+// the code page lacks becomes '?'.
+std::string ToCodePage936(const String& text);
+String FromCodePage936(const std::string& bytes);
+
+String GetUserName();
+void CreateGuidBytes(uint8_t bytes[16]);
+// Folder of the module (shared library or executable) that contains the address.
+String GetModuleDirectory(const void* addressInModule);
+
+}  // namespace platform

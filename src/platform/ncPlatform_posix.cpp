@@ -1,0 +1,481 @@
+// POSIX backend of the platform interface: emulates the Win32 semantics the component
+// relies on (boolean results, a thread-local last-error code with Win32 values, hidden and
+// system attributes in "user.DOSATTRIB", read-only as the owner-write bit).
+#include "platform/ncPlatform.h"
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <iconv.h>
+#include <pwd.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace platform {
+
+namespace {
+
+thread_local uint32_t lastError = kErrorSuccess;
+
+const char kDosAttributeName[] = "user.DOSATTRIB";
+const uint32_t kDosAttributeBits = kAttrHidden | kAttrSystem;
+
+bool Fail(uint32_t code) {
+  lastError = code;
+  return false;
+}
+
+bool FailFromErrno() { return Fail(Win32ErrorFromErrno(errno)); }
+
+bool Succeed() {
+  lastError = kErrorSuccess;
+  return true;
+}
+
+// Hidden and system bits stored as text ("0x6"), the form Samba and Wine read.
+uint32_t ReadDosAttributes(const std::string& path) {
+  char text[64] = {0};
+  const ssize_t size = ::getxattr(path.c_str(), kDosAttributeName, text, sizeof text - 1);
+  if (size <= 0) return 0;
+  text[size] = 0;
+  return static_cast<uint32_t>(std::strtoul(text, nullptr, 16)) & kDosAttributeBits;
+}
+
+bool WriteDosAttributes(const std::string& path, uint32_t bits) {
+  bits &= kDosAttributeBits;
+  if (bits == 0) {
+    if (::removexattr(path.c_str(), kDosAttributeName) != 0 && errno != ENODATA) return false;
+    return true;
+  }
+  char text[16];
+  const int length = std::snprintf(text, sizeof text, "0x%x", bits);
+  return ::setxattr(path.c_str(), kDosAttributeName, text, static_cast<size_t>(length), 0) == 0;
+}
+
+bool IsDotName(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+  return name.size() > 1 && name[0] == '.' && name != "..";
+}
+
+}  // namespace
+
+uint32_t GetLastError() { return lastError; }
+void SetLastError(uint32_t code) { lastError = code; }
+
+uint32_t Win32ErrorFromErrno(int error) {
+  switch (error) {
+    case 0: return kErrorSuccess;
+    case ENOENT: return kErrorFileNotFound;
+    case ENODATA: return kErrorFileNotFound;  // a missing extended attribute, as a missing stream
+    case ENOTDIR: return kErrorPathNotFound;
+    case EACCES: case EPERM: return kErrorAccessDenied;
+    case EROFS: return kErrorWriteProtect;
+    case EEXIST: return kErrorAlreadyExists;
+    case ENOTEMPTY: return kErrorDirNotEmpty;
+    case EXDEV: return kErrorNotSameDevice;
+    case ENOSPC: return kErrorDiskFull;
+    case ENAMETOOLONG: return kErrorFilenameExcedRange;
+    case EINVAL: return kErrorInvalidParameter;
+    case EBUSY: return kErrorSharingViolation;
+    case EMFILE: return kErrorTooManyOpenFiles;
+#if defined(EOPNOTSUPP) && EOPNOTSUPP != ENOTSUP
+    case EOPNOTSUPP:
+#endif
+    case ENOTSUP: return kErrorNotSupported;
+    case EIO: return kErrorIoDevice;
+    default: return kErrorGenFailure;
+  }
+}
+
+String SystemErrorText(uint32_t code) {
+  const char* text;
+  switch (code) {
+    case kErrorSuccess: text = "The operation completed successfully."; break;
+    case kErrorFileNotFound: text = "The system cannot find the file specified."; break;
+    case kErrorPathNotFound: text = "The system cannot find the path specified."; break;
+    case kErrorTooManyOpenFiles: text = "The system cannot open the file."; break;
+    case kErrorAccessDenied: text = "Access is denied."; break;
+    case kErrorNotSameDevice: text = "The system cannot move the file to a different disk drive."; break;
+    case kErrorWriteProtect: text = "The media is write protected."; break;
+    case kErrorGenFailure: text = "A device attached to the system is not functioning."; break;
+    case kErrorSharingViolation: text = "The process cannot access the file because it is being used by another process."; break;
+    case kErrorNotSupported: text = "The request is not supported."; break;
+    case kErrorFileExists: text = "The file exists."; break;
+    case kErrorInvalidParameter: text = "The parameter is incorrect."; break;
+    case kErrorDiskFull: text = "There is not enough space on the disk."; break;
+    case kErrorDirNotEmpty: text = "The directory is not empty."; break;
+    case kErrorAlreadyExists: text = "Cannot create a file when that file already exists."; break;
+    case kErrorFilenameExcedRange: text = "The filename or extension is too long."; break;
+    case kErrorIoDevice: text = "The request could not be performed because of an I/O device error."; break;
+    default: return base::Format(u"System error %u.", code);
+  }
+  return base::FromAscii(text);
+}
+
+String AddLongPathPrefix(const String& path) { return path; }
+
+String RemoveLongPathPrefix(const String& path) {
+  return base::StartsWith(path, u"\\\\?\\") ? path.substr(4) : path;
+}
+
+std::string NativePath(const String& path) { return base::ToUtf8(RemoveLongPathPrefix(path)); }
+
+uint32_t GetFileAttributes(const String& path) {
+  const std::string native = NativePath(path);
+  struct stat info;
+  if (::lstat(native.c_str(), &info) != 0) {
+    FailFromErrno();
+    return kInvalidAttributes;
+  }
+  uint32_t attributes = 0;
+  if (S_ISDIR(info.st_mode)) attributes |= kAttrDirectory;
+  if (!(info.st_mode & S_IWUSR)) attributes |= kAttrReadOnly;
+  if (S_ISDIR(info.st_mode) || S_ISREG(info.st_mode)) attributes |= ReadDosAttributes(native);
+  if (IsDotName(native)) attributes |= kAttrHidden;
+  if (attributes == 0) attributes = kAttrNormal;
+  Succeed();
+  return attributes;
+}
+
+bool SetFileAttributes(const String& path, uint32_t attributes) {
+  const std::string native = NativePath(path);
+  struct stat info;
+  if (::lstat(native.c_str(), &info) != 0) return FailFromErrno();
+  if (S_ISLNK(info.st_mode)) return Succeed();  // links carry no attributes of their own
+  mode_t mode = info.st_mode & 07777;
+  const bool readOnly = attributes & kAttrReadOnly;
+  mode = readOnly ? (mode & ~mode_t(S_IWUSR | S_IWGRP | S_IWOTH)) : (mode | S_IWUSR);
+  // Extended attributes need a writable file when not running as root: make it writable
+  // before writing them, read-only only afterwards.
+  if (!readOnly && ::chmod(native.c_str(), mode) != 0) return FailFromErrno();
+  if ((ReadDosAttributes(native) != (attributes & kDosAttributeBits)) &&
+      !WriteDosAttributes(native, attributes)) {
+    if (!(errno == ENOTSUP && (attributes & kDosAttributeBits) == 0)) return FailFromErrno();
+  }
+  if (readOnly && ::chmod(native.c_str(), mode) != 0) return FailFromErrno();
+  return Succeed();
+}
+
+bool CreateDirectory(const String& path) {
+  return ::mkdir(NativePath(path).c_str(), 0777) == 0 ? Succeed() : FailFromErrno();
+}
+
+bool CreateEmptyFile(const String& path) {
+  const int fd = ::open(NativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd < 0) return FailFromErrno();
+  ::close(fd);
+  return Succeed();
+}
+
+bool ListDirectory(const String& path, std::vector<String>& names) {
+  std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(NativePath(path).c_str()), ::closedir);
+  if (!dir) return FailFromErrno();
+  while (const struct dirent* entry = ::readdir(dir.get())) {
+    if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0) continue;
+    names.push_back(base::FromUtf8(entry->d_name));
+  }
+  return Succeed();
+}
+
+bool RemoveDirectory(const String& path) {
+  return ::rmdir(NativePath(path).c_str()) == 0 ? Succeed() : FailFromErrno();
+}
+
+bool DeleteFile(const String& path) {
+  return ::unlink(NativePath(path).c_str()) == 0 ? Succeed() : FailFromErrno();
+}
+
+namespace {
+
+const char kStreamPrefix[] = "user.kestrove.";
+
+std::string StreamAttribute(const String& streamName) { return kStreamPrefix + base::ToUtf8(streamName); }
+
+// Streams live on regular files and folders only.
+bool CheckStreamHolder(const std::string& native) {
+  struct stat info;
+  if (::lstat(native.c_str(), &info) != 0) return FailFromErrno();
+  if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) return Fail(kErrorNotSupported);
+  return true;
+}
+
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int fd) : fd_(fd) {}
+  ~FileDescriptor() {
+    if (fd_ >= 0) ::close(fd_);
+  }
+  int get() const { return fd_; }
+  bool valid() const { return fd_ >= 0; }
+
+ private:
+  int fd_;
+};
+
+bool CopyData(int from, int to) {
+  char buffer[65536];
+  for (;;) {
+    const ssize_t got = ::read(from, buffer, sizeof buffer);
+    if (got == 0) return true;
+    if (got < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    for (ssize_t written = 0; written < got;) {
+      const ssize_t put = ::write(to, buffer + written, static_cast<size_t>(got - written));
+      if (put < 0) {
+        if (errno == EINTR) continue;
+        return false;
+      }
+      written += put;
+    }
+  }
+}
+
+// Copies every user extended attribute (the streams and the DOS attributes among them).
+bool CopyUserAttributes(int from, int to) {
+  ssize_t size = ::flistxattr(from, nullptr, 0);
+  if (size < 0) return errno == ENOTSUP;
+  std::string names(static_cast<size_t>(size), '\0');
+  size = ::flistxattr(from, &names[0], names.size());
+  if (size < 0) return false;
+  for (size_t start = 0; start < static_cast<size_t>(size);) {
+    const std::string name = names.c_str() + start;
+    start += name.size() + 1;
+    if (name.compare(0, 5, "user.") != 0) continue;
+    const ssize_t length = ::fgetxattr(from, name.c_str(), nullptr, 0);
+    if (length < 0) return false;
+    std::string value(static_cast<size_t>(length), '\0');
+    if (::fgetxattr(from, name.c_str(), &value[0], value.size()) != length) return false;
+    if (::fsetxattr(to, name.c_str(), value.data(), value.size(), 0) != 0) return false;
+  }
+  return true;
+}
+
+bool CopyRegularFile(const std::string& source, const std::string& target, bool failIfExists) {
+  FileDescriptor from(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!from.valid()) return FailFromErrno();
+  struct stat info;
+  if (::fstat(from.get(), &info) != 0) return FailFromErrno();
+  if (!S_ISREG(info.st_mode)) return Fail(kErrorAccessDenied);  // as CopyFileW on a folder
+  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (failIfExists ? O_EXCL : O_TRUNC);
+  FileDescriptor to(::open(target.c_str(), flags, (info.st_mode & 07777) | S_IWUSR));
+  if (!to.valid()) return FailFromErrno();
+  const struct timespec times[2] = {info.st_atim, info.st_mtim};
+  if (!CopyData(from.get(), to.get()) || !CopyUserAttributes(from.get(), to.get()) ||
+      ::fchmod(to.get(), info.st_mode & 07777) != 0 || ::futimens(to.get(), times) != 0) {
+    const uint32_t code = Win32ErrorFromErrno(errno);
+    ::unlink(target.c_str());  // no half-written copy is left behind
+    return Fail(code);
+  }
+  return Succeed();
+}
+
+}  // namespace
+
+bool MoveFile(const String& source, const String& target) {
+  const std::string from = NativePath(source);
+  const std::string to = NativePath(target);
+  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return Succeed();
+  if (errno == EINVAL || errno == ENOSYS) {
+    // A file system without RENAME_NOREPLACE: check, then rename.
+    struct stat info;
+    if (::lstat(to.c_str(), &info) == 0) return Fail(kErrorAlreadyExists);
+    if (::rename(from.c_str(), to.c_str()) == 0) return Succeed();
+  }
+  if (errno != EXDEV) return FailFromErrno();
+  struct stat info;
+  if (::lstat(from.c_str(), &info) != 0) return FailFromErrno();
+  if (S_ISDIR(info.st_mode)) return Fail(kErrorNotSameDevice);
+  if (!CopyRegularFile(from, to, true)) return false;
+  if (::unlink(from.c_str()) != 0) {
+    const uint32_t code = Win32ErrorFromErrno(errno);
+    ::unlink(to.c_str());  // the source stays where it was
+    return Fail(code);
+  }
+  return Succeed();
+}
+
+bool CopyFile(const String& source, const String& target, bool failIfExists) {
+  return CopyRegularFile(NativePath(source), NativePath(target), failIfExists);
+}
+
+bool ReadStream(const String& path, const String& streamName, std::string& bytes) {
+  const std::string native = NativePath(path);
+  if (!CheckStreamHolder(native)) return false;
+  const std::string name = StreamAttribute(streamName);
+  for (;;) {
+    const ssize_t size = ::getxattr(native.c_str(), name.c_str(), nullptr, 0);
+    if (size < 0) return FailFromErrno();
+    std::string value(static_cast<size_t>(size), '\0');
+    const ssize_t got = ::getxattr(native.c_str(), name.c_str(), size ? &value[0] : nullptr, value.size());
+    if (got < 0 && errno == ERANGE) continue;  // it grew in between
+    if (got < 0) return FailFromErrno();
+    value.resize(static_cast<size_t>(got));
+    bytes.swap(value);
+    return Succeed();
+  }
+}
+
+bool WriteStream(const String& path, const String& streamName, const std::string& bytes) {
+  const std::string native = NativePath(path);
+  if (!CheckStreamHolder(native)) return false;
+  if (::setxattr(native.c_str(), StreamAttribute(streamName).c_str(), bytes.data(), bytes.size(), 0) != 0)
+    return FailFromErrno();
+  return Succeed();
+}
+
+bool RemoveStream(const String& path, const String& streamName) {
+  const std::string native = NativePath(path);
+  if (!CheckStreamHolder(native)) return false;
+  if (::removexattr(native.c_str(), StreamAttribute(streamName).c_str()) != 0) return FailFromErrno();
+  return Succeed();
+}
+
+bool HasStream(const String& path, const String& streamName) {
+  const std::string native = NativePath(path);
+  if (!CheckStreamHolder(native)) return false;
+  if (::getxattr(native.c_str(), StreamAttribute(streamName).c_str(), nullptr, 0) < 0) return FailFromErrno();
+  return Succeed();
+}
+
+// The freedesktop counterpart of desktop.ini: ".directory" with the icon and the comment.
+bool CustomizeFolder(const String& path, const String* text, const String& iconFile, int iconIndex) {
+  const std::string folder = NativePath(path);
+  struct stat info;
+  if (::stat(folder.c_str(), &info) != 0) return FailFromErrno();
+  if (!S_ISDIR(info.st_mode)) return Fail(kErrorPathNotFound);
+  std::string content = "[Desktop Entry]\n";
+  if (!iconFile.empty()) content += "Icon=" + base::ToUtf8(iconFile) + "\n";
+  content += "X-Kestrove-IconIndex=" + std::to_string(iconIndex) + "\n";
+  if (text) content += "Comment=" + base::ToUtf8(*text) + "\n";
+  const std::string file = folder + "/.directory";
+  const std::string temporary = file + ".kestrove.temp";
+  {
+    FileDescriptor out(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    if (!out.valid()) return FailFromErrno();
+    if (::write(out.get(), content.data(), content.size()) != static_cast<ssize_t>(content.size())) {
+      const uint32_t code = Win32ErrorFromErrno(errno);
+      ::unlink(temporary.c_str());
+      return Fail(code);
+    }
+  }
+  if (::rename(temporary.c_str(), file.c_str()) != 0) {
+    const uint32_t code = Win32ErrorFromErrno(errno);
+    ::unlink(temporary.c_str());
+    return Fail(code);
+  }
+  return Succeed();
+}
+
+String GetUserName() {
+  const uid_t uid = ::geteuid();
+  long size = ::sysconf(_SC_GETPW_R_SIZE_MAX);
+  std::string buffer(size > 0 ? static_cast<size_t>(size) : 16384, '\0');
+  struct passwd entry;
+  struct passwd* result = nullptr;
+  if (::getpwuid_r(uid, &entry, &buffer[0], buffer.size(), &result) == 0 && result && result->pw_name)
+    return base::FromUtf8(result->pw_name);
+  if (const char* user = std::getenv("USER")) return base::FromUtf8(user);
+  return base::ToString(static_cast<int64_t>(uid));
+}
+
+void CreateGuidBytes(uint8_t bytes[16]) {
+  size_t filled = 0;
+  while (filled < 16) {
+    const ssize_t got = ::getrandom(bytes + filled, 16 - filled, 0);
+    if (got > 0) filled += static_cast<size_t>(got);
+    else if (errno != EINTR) std::abort();  // no entropy source: nothing sensible to fall back on
+  }
+  bytes[6] = static_cast<uint8_t>((bytes[6] & 0x0F) | 0x40);  // version 4
+  bytes[8] = static_cast<uint8_t>((bytes[8] & 0x3F) | 0x80);  // RFC 4122 variant
+}
+
+String GetModuleDirectory(const void* addressInModule) {
+  Dl_info info;
+  if (!::dladdr(addressInModule, &info) || !info.dli_fname) return String();
+  char resolved[PATH_MAX];
+  const char* file = ::realpath(info.dli_fname, resolved) ? resolved : info.dli_fname;
+  const char* slash = std::strrchr(file, '/');
+  return slash ? base::FromUtf8(std::string(file, slash)) : String(u".");
+}
+
+}  // namespace platform
+
+// ---------------------------------------------------------------------------
+// Code page 936 through iconv, one converter per thread and direction.
+
+namespace platform {
+
+namespace {
+
+class Converter {
+ public:
+  Converter(const char* to, const char* from) : handle_(::iconv_open(to, from)) {}
+  ~Converter() {
+    if (handle_ != reinterpret_cast<iconv_t>(-1)) ::iconv_close(handle_);
+  }
+  bool valid() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+
+  // Converts input; a unit the target lacks (step bytes of input) becomes '?'.
+  std::string run(const char* input, size_t size, size_t step, const std::string& replacement) {
+    std::string out;
+    ::iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+    char buffer[1024];
+    char* in = const_cast<char*>(input);
+    size_t left = size;
+    while (left > 0) {
+      char* target = buffer;
+      size_t room = sizeof buffer;
+      const size_t result = ::iconv(handle_, &in, &left, &target, &room);
+      out.append(buffer, static_cast<size_t>(target - buffer));
+      if (result == static_cast<size_t>(-1)) {
+        if (errno == E2BIG) continue;
+        const size_t skip = left < step ? left : step;  // EILSEQ or EINVAL: replace and go on
+        in += skip;
+        left -= skip;
+        out += replacement;
+        ::iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+      }
+    }
+    return out;
+  }
+
+ private:
+  iconv_t handle_;
+};
+
+}  // namespace
+
+std::string ToCodePage936(const String& text) {
+  thread_local Converter converter("CP936", "UTF-16LE");
+  if (!converter.valid()) return base::ToAscii(text);
+  std::string units(text.size() * 2, '\0');
+  for (size_t i = 0; i < text.size(); ++i) {
+    units[2 * i] = static_cast<char>(text[i] & 0xFF);
+    units[2 * i + 1] = static_cast<char>(text[i] >> 8);
+  }
+  return converter.run(units.data(), units.size(), 2, "?");
+}
+
+String FromCodePage936(const std::string& bytes) {
+  thread_local Converter converter("UTF-16LE", "CP936");
+  if (!converter.valid()) return base::FromAscii(bytes);
+  const std::string units = converter.run(bytes.data(), bytes.size(), 1, std::string("?\0", 2));
+  String out(units.size() / 2, u'\0');
+  for (size_t i = 0; i < out.size(); ++i)
+    out[i] = static_cast<char16_t>(static_cast<unsigned char>(units[2 * i]) |
+                                   (static_cast<unsigned char>(units[2 * i + 1]) << 8));
+  return out;
+}
+
+}  // namespace platform

@@ -1,0 +1,24 @@
+// 128-bit interface and class identifiers.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+struct nsID {
+  uint32_t m0;
+  uint16_t m1;
+  uint16_t m2;
+  uint8_t m3[8];
+
+  bool Equals(const nsID& other) const;
+  // Parses "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}" (braces optional).
+  bool Parse(const char* text);
+  std::string ToString() const;
+};
+
+inline bool operator==(const nsID& a, const nsID& b) { return a.Equals(b); }
+inline bool operator!=(const nsID& a, const nsID& b) { return !a.Equals(b); }
+inline bool operator<(const nsID& a, const nsID& b) { return a.ToString() < b.ToString(); }
+
+typedef nsID nsIID;
+typedef nsID nsCID;

@@ -1,0 +1,64 @@
+#include "TestSupport.h"
+
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "base/Directory.h"
+#include "base/LibManager.h"
+
+namespace test {
+
+TempDir::TempDir() {
+  const char* base = std::getenv("TMPDIR");
+  std::string pattern = std::string(base && *base ? base : "/tmp") + "/docmgr-test-XXXXXX";
+  if (!::mkdtemp(&pattern[0])) std::abort();
+  path_ = pattern;
+}
+
+TempDir::~TempDir() {
+  try {
+    base::Directory::removeTree(wpath());
+  } catch (const base::Exception&) {
+  }
+}
+
+void WriteFile(const std::string& path, const std::string& content) { std::ofstream(path, std::ios::binary) << content; }
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+bool Exists(const std::string& path) {
+  struct stat info;
+  return ::lstat(path.c_str(), &info) == 0;
+}
+
+void MakeDir(const std::string& path) { ::mkdir(path.c_str(), 0777); }
+
+bool SupportsUserXattrs(const std::string& directory) {
+  const std::string probe = directory + "/.xattr-probe";
+  WriteFile(probe, "");
+  const bool supported = ::setxattr(probe.c_str(), "user.probe", "1", 1, 0) == 0;
+  ::unlink(probe.c_str());
+  return supported;
+}
+
+}  // namespace test
+
+// The tests start the library in-process, as the host's module constructor does, with
+// English texts whatever the machine's locale.
+int main(int argc, char** argv) {
+  ::setenv("KESTROVE_LANG", "en", 1);
+  ::testing::InitGoogleTest(&argc, argv);
+  base::LibManager::getInstance()->initLibs(base::AppSettings::getCFLAppSettings(), base::AppContext::getInstance(),
+                                            nullptr);
+  return RUN_ALL_TESTS();
+}
