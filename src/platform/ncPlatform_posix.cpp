@@ -459,10 +459,17 @@ class Converter {
 std::string ToCodePage936(const String& text) {
   thread_local Converter converter("CP936", "UTF-16LE");
   if (!converter.valid()) return base::ToAscii(text);
-  std::string units(text.size() * 2, '\0');
+  // A character beyond the BMP has no GBK form: one '?' for the pair, as for any other.
+  std::string units;
+  units.reserve(text.size() * 2);
   for (size_t i = 0; i < text.size(); ++i) {
-    units[2 * i] = static_cast<char>(text[i] & 0xFF);
-    units[2 * i + 1] = static_cast<char>(text[i] >> 8);
+    char16_t unit = text[i];
+    if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
+      unit = u'?';
+      ++i;
+    }
+    units += static_cast<char>(unit & 0xFF);
+    units += static_cast<char>(unit >> 8);
   }
   return converter.run(units.data(), units.size(), 2, "?");
 }

@@ -1,0 +1,182 @@
+// The foundation layer: formatting, text conversion, paths, files and folders, attributes,
+// the message catalogues and the pool.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+#include <cstring>
+
+#include "TestSupport.h"
+#include "base/Directory.h"
+#include "base/Exception.h"
+#include "base/File.h"
+#include "base/Guid.h"
+#include "base/MoResourceLoader.h"
+#include "base/Path.h"
+#include "base/String.h"
+#include "base/ncBasePool.h"
+#include "base/ncModulePool.h"
+#include "platform/ncPlatform.h"
+
+using base::Format;
+using base::String;
+
+namespace {
+
+TEST(FormatTest, DirectivesOfMessagesStatementsAndTraces) {
+  EXPECT_EQ(u"Path (/a/b) is INVALID.", Format(u"Path (%s) is INVALID.", String(u"/a/b")));
+  EXPECT_EQ(u"id = '-9007199254740993'", Format(u"id = '%I64d'", int64_t(-9007199254740993LL)));
+  EXPECT_EQ(u"7 -7 4294967289 fff9 FFFFFFF9", Format(u"%d %i %u %x %X", 7, -7, -7, uint16_t(0xfff9), -7));
+  EXPECT_EQ(u"05_0A2B_00ff", Format(u"%02d_%04X_%04x", 5, 0xA2B, 255));
+  EXPECT_EQ(u"0.1234567890123457", Format(u"%.16g", 0.12345678901234567));
+  EXPECT_EQ(u"100% sure", Format(u"%d%% sure", 100));
+  EXPECT_EQ(u"[ab   |  ab]", Format(u"[%-5s|%4s]", "ab", u"ab"));
+  EXPECT_EQ(u"项目 (2)", Format(u"%s (%d)", String(u"项目"), 2));
+  EXPECT_EQ(u"size: 12" u"64", Format(u"size: %i64", int64_t(12)));  // "%i" then the text "64"
+  EXPECT_EQ(16u + 2, Format(u"0x%p", reinterpret_cast<void*>(0x1234)).size());
+}
+
+TEST(FormatTest, MissingArgumentsAndSecondPassLeaveTheTextAlone) {
+  EXPECT_EQ(u"a %s b %d", Format(u"a %s b %d"));
+  EXPECT_EQ(u"x=1 y=%d", Format(u"x=%d y=%d", 1));
+  // A finished message formatted again: only "%%" changes.
+  const String once = Format(u"Execute sql failed. Sql: %s. Error: %s", u"like 'a\\%%' and x='%d%'", u"near \"%\"");
+  EXPECT_EQ(u"Execute sql failed. Sql: like 'a\\%%' and x='%d%'. Error: near \"%\"", once);
+  EXPECT_EQ(u"Execute sql failed. Sql: like 'a\\%' and x='%d%'. Error: near \"%\"", Format(once));
+  EXPECT_EQ(u"%", Format(u"%"));
+  EXPECT_EQ(u"100%", Format(u"100%"));
+}
+
+TEST(StringTest, Utf8RoundTripAndRepair) {
+  const String text = u"A 项目 \U0001F600 é";
+  EXPECT_EQ(text, base::FromUtf8(base::ToUtf8(text)));
+  EXPECT_EQ(u"a\uFFFDb", base::FromUtf8(std::string("a\xC3" "b")));       // truncated sequence
+  EXPECT_EQ(u"\uFFFD", base::FromUtf8(std::string("\xED\xA0\x80").substr(0, 1)));
+  EXPECT_EQ("\xEF\xBF\xBD", base::ToUtf8(String(1, char16_t(0xD800))));  // lone surrogate
+}
+
+TEST(StringTest, CaseAndNumbers) {
+  EXPECT_TRUE(base::EqualsIgnoreCase(u"C:\\Work\\ÄBC", u"c:\\work\\äbc"));
+  EXPECT_FALSE(base::EqualsIgnoreCase(u"abc", u"abd"));
+  EXPECT_EQ(-42, base::ToInt64(u" -42abc"));
+  EXPECT_EQ(0, base::ToInt64(u""));
+  EXPECT_EQ(0, base::ToInt64(static_cast<const char*>(nullptr)));
+  EXPECT_EQ(9223372036854775807LL, base::ToInt64("9223372036854775807"));
+  EXPECT_EQ(u"a", base::Trim(u"\\\\a\\", u'\\'));
+  EXPECT_EQ(u"", base::Trim(u"\\\\", u'\\'));
+}
+
+TEST(PathTest, PartsAndValidity) {
+  EXPECT_EQ(u"/a/b", base::Path::combine(u"/a", u"b"));
+  EXPECT_EQ(u"/a/b", base::Path::combine(u"/a/", u"b"));
+  EXPECT_EQ(u"/a", base::Path::getDirectoryName(u"/a/b.txt"));
+  EXPECT_EQ(u"b.txt", base::Path::getFileName(u"/a/b.txt"));
+  EXPECT_EQ(u".txt", base::Path::getExtensionName(u"/a.d/b.txt"));
+  EXPECT_EQ(u"", base::Path::getExtensionName(u"/a.d/b"));
+  EXPECT_TRUE(base::Path::isValidPath(u"a\\b"));
+  EXPECT_FALSE(base::Path::isValidPath(u""));
+  EXPECT_FALSE(base::Path::isValidPath(String(u"a\0b", 3)));
+  EXPECT_FALSE(base::Path::isValidPath(String(1, char16_t(0xDC00))));
+}
+
+TEST(FileSystemTest, DirectoriesFilesAndAttributes) {
+  test::TempDir dir;
+  const String tree = dir.child("x/y/z");
+  base::Directory::create(tree);
+  EXPECT_TRUE(base::Directory::exists(tree));
+  base::File::create(dir.child("x/y/z/f.txt"));
+  EXPECT_TRUE(base::File::isFile(dir.child("x/y/z/f.txt")));
+  const auto entries = base::Directory::list(dir.child("x/y/z"));
+  ASSERT_EQ(1u, entries.size());
+  EXPECT_EQ(dir.child("x/y/z/f.txt"), entries[0]);  // full paths
+
+  // Hidden and system live in user.DOSATTRIB; read-only is the owner-write bit.
+  const String file = dir.child("x/y/z/f.txt");
+  ASSERT_TRUE(platform::SetFileAttributes(file, platform::kAttrHidden | platform::kAttrSystem | platform::kAttrReadOnly));
+  const uint32_t attributes = platform::GetFileAttributes(file);
+  EXPECT_EQ(platform::kAttrHidden | platform::kAttrSystem | platform::kAttrReadOnly, attributes);
+  struct stat info;
+  ASSERT_EQ(0, ::stat((dir.path() + "/x/y/z/f.txt").c_str(), &info));
+  EXPECT_EQ(0u, info.st_mode & 0222);
+  EXPECT_EQ("0x6", [&] {
+    char value[16] = {0};
+    ::getxattr((dir.path() + "/x/y/z/f.txt").c_str(), "user.DOSATTRIB", value, sizeof value - 1);
+    return std::string(value);
+  }());
+  EXPECT_TRUE(platform::GetFileAttributes(dir.child(".dotted")) == platform::kInvalidAttributes);
+  EXPECT_EQ(platform::kErrorFileNotFound, platform::GetLastError());
+  base::File::create(dir.child(".dotted"));
+  EXPECT_TRUE(platform::GetFileAttributes(dir.child(".dotted")) & platform::kAttrHidden);
+
+  // A tree with read-only content goes away whole.
+  ASSERT_TRUE(platform::SetFileAttributes(dir.child("x/y"), platform::kAttrReadOnly));
+  base::Directory::removeTree(dir.child("x"));
+  EXPECT_FALSE(base::File::exists(dir.child("x")));
+}
+
+TEST(FileSystemTest, SystemErrorsCarryWin32Codes) {
+  test::TempDir dir;
+  try {
+    base::File::remove(dir.child("missing"));
+    FAIL() << "no exception";
+  } catch (const base::Exception& e) {
+    EXPECT_EQ(2, e.getCode());
+    EXPECT_TRUE(e.isSystemError());
+  }
+  EXPECT_EQ(183u, platform::Win32ErrorFromErrno(EEXIST));
+  EXPECT_EQ(145u, platform::Win32ErrorFromErrno(ENOTEMPTY));
+  EXPECT_EQ(31u, platform::Win32ErrorFromErrno(ELOOP));
+}
+
+TEST(ResourceTest, CatalogueThenBuiltInThenKey) {
+  test::TempDir dir;
+  // A catalogue written by hand in the GNU .mo layout: one entry besides the header.
+  const std::string key = "IDS_A", text = "From the catalogue %s";
+  std::string mo(28 + 32, '\0');
+  auto put = [&mo](size_t at, uint32_t v) { std::memcpy(&mo[at], &v, 4); };
+  put(0, 0x950412de);
+  put(8, 2);
+  put(12, 28);
+  put(16, 44);
+  const size_t strings = mo.size();
+  mo += std::string(1, '\0') + key + '\0' + std::string(1, '\0') + text + '\0';
+  put(28, 0), put(32, strings);
+  put(36, key.size()), put(40, strings + 1);
+  put(44, 0), put(48, strings + 1 + key.size() + 1);
+  put(52, text.size()), put(56, strings + key.size() + 3);
+  test::WriteFile(dir.path() + "/t.mo", mo);
+  const base::ResourceText builtIn[] = {{"IDS_A", "built-in A"}, {"IDS_B", "built-in B"}, {nullptr, nullptr}};
+  base::MoResourceLoader loader(dir.child("t.mo"), builtIn);
+  EXPECT_TRUE(loader.isCatalogueLoaded());
+  EXPECT_EQ(u"From the catalogue x", base::FormatResource(&loader, u"IDS_A", u"x"));
+  EXPECT_EQ(u"built-in B", loader.getString(u"IDS_B"));
+  EXPECT_EQ(u"IDS_C", loader.getString(u"IDS_C"));
+  test::WriteFile(dir.path() + "/broken.mo", mo.substr(0, 40));
+  base::MoResourceLoader broken(dir.child("broken.mo"), builtIn);
+  EXPECT_FALSE(broken.isCatalogueLoaded());
+  EXPECT_EQ(u"built-in A", broken.getString(u"IDS_A"));
+}
+
+TEST(PoolTest, CountsLiveObjectsPerClassName) {
+  base::ncModulePool* pool = base::ncModulePool::getInstance();
+  ASSERT_NE(nullptr, pool);
+  base::ncIAllocator* allocator = base::ncBasePool::createAllocator("testAlloc", 0, INT64_MAX);
+  ASSERT_EQ(pool, allocator->getPool());
+  void* a = allocator->allocate(16, "Widget", __FILE__, __LINE__);
+  void* b = base::ncBasePool::malloc(pool, allocator, 8, "Widget", __FILE__, __LINE__);
+  EXPECT_EQ(2u, pool->liveObjects("Widget"));
+  allocator->deallocate(a);
+  base::ncBasePool::free(pool, allocator, b);
+  EXPECT_EQ(0u, pool->liveObjects("Widget"));
+  base::ncBasePool::deleteAllocator(allocator);
+}
+
+TEST(GuidTest, RandomVersionFour) {
+  const base::Guid a = base::Guid::create(), b = base::Guid::create();
+  EXPECT_NE(a.toString(), b.toString());
+  EXPECT_EQ(0x4000, a.data3 & 0xF000);
+  EXPECT_EQ(0x80, a.data4[0] & 0xC0);
+  EXPECT_EQ(38u, a.toString().size());
+}
+
+}  // namespace
