@@ -34,7 +34,7 @@ ncDBMgr::~ncDBMgr() {
 void ncDBMgr::Open(const String& path) {
   NC_TRACE(u"path: %s", path);
   if (!ncIsValidPath(path)) NC_THROW_DB(NC_ERR_INVALID_ARG, u"Path (%s) is INVALID.", path);
-  const std::string native = base::ToUtf8(platform::AddLongPathPrefix(path));
+  const std::string native = platform::NativePath(platform::AddLongPathPrefix(path));
   const int rc = sqlite3_open(native.c_str(), &db_);
   if (rc != SQLITE_OK) {
     // sqlite3_open hands back a handle even on failure; it must still be closed.
