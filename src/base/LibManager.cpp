@@ -15,8 +15,9 @@ AppContext* AppContext::getInstance() {
 }
 
 LibManager* LibManager::getInstance() {
-  static LibManager* instance = new LibManager;  // outlives the static registrars
-  return instance;
+  // Created by the first registrar, so it is destroyed after the registrars.
+  static LibManager instance;
+  return &instance;
 }
 
 void LibManager::registerLib(ISharedLibrary* library) {

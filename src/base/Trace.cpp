@@ -17,8 +17,8 @@ bool Trace::on_ = false;
 namespace {
 
 std::mutex& SinkLock() {
-  static std::mutex* lock = new std::mutex;
-  return *lock;
+  static std::mutex lock;
+  return lock;
 }
 
 FILE*& Sink() {

@@ -20,9 +20,10 @@ bool& Enabled() {
 }  // namespace
 
 ncModulePool* ncModulePool::getInstance() {
-  // Never destroyed: objects may be returned to it during static destruction.
-  static ncModulePool* instance = new ncModulePool;
-  return Enabled() ? instance : nullptr;
+  // Destroyed with the module; the library object makes sure it is created before the
+  // library registers itself, so it outlives the library's close at unload.
+  static ncModulePool instance;
+  return Enabled() ? &instance : nullptr;
 }
 
 void ncModulePool::setEnabled(bool enabled) { Enabled() = enabled; }

@@ -35,6 +35,10 @@ const base::ResourceText kBuiltInTexts[] = {
 
 }  // namespace
 
+// The pool must outlive the library's close, which runs when the module unloads: creating
+// it first makes it the last of the two to be destroyed.
+ncDocMgrLibrary::ncDocMgrLibrary() { base::ncModulePool::getInstance(); }
+
 void ncDocMgrLibrary::onInitLibrary(base::AppSettings* settings, base::AppContext* context) {
   try {
     const base::String file = base::ResourceFile::getResourceFileName(

@@ -8,6 +8,7 @@
 
 class ncDocMgrLibrary : public base::ISharedLibrary {
  public:
+  ncDocMgrLibrary();
   ~ncDocMgrLibrary() override = default;
   void onInitLibrary(base::AppSettings* settings, base::AppContext* context) override;
   void onCloseLibrary() override;
