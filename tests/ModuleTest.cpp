@@ -2,7 +2,6 @@
 // and class id, the constructor's failure statuses, and the pool left empty afterwards.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <memory>
 #include <string>
 
@@ -21,18 +20,10 @@ namespace {
 const nsCID kDocMgrCid = NC_DOCMGR_CID;
 const nsCID kUpgradeMgrCid = NC_UPGRADEMGR_CID;
 
-std::string RunAndCapture(const std::string& command) {
-  std::string output;
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (!pipe) return output;
-  char buffer[512];
-  while (size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, got);
-  ::pclose(pipe);
-  return output;
-}
-
 TEST(ModuleTest, ExportsOnlyNSGetModule) {
-  const std::string symbols = RunAndCapture(std::string("nm -D --defined-only ") + DOCMGR_MODULE_PATH);
+  int status = 0;
+  const std::string symbols = test::RunCommand(std::string("nm -D --defined-only ") + DOCMGR_MODULE_PATH, &status);
+  ASSERT_EQ(0, status) << symbols;
   ASSERT_FALSE(symbols.empty());
   size_t functions = 0;
   for (size_t start = 0; start < symbols.size();) {

@@ -1,9 +1,11 @@
 #include "TestSupport.h"
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -42,6 +44,20 @@ bool Exists(const std::string& path) {
 }
 
 void MakeDir(const std::string& path) { ::mkdir(path.c_str(), 0777); }
+
+std::string RunCommand(const std::string& command, int* status) {
+  std::string output;
+  FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
+  if (!pipe) {
+    *status = -1;
+    return output;
+  }
+  char buffer[4096];
+  while (size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, got);
+  const int rc = ::pclose(pipe);
+  *status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
+  return output;
+}
 
 bool SupportsUserXattrs(const std::string& directory) {
   const std::string probe = directory + "/.xattr-probe";

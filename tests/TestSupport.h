@@ -32,6 +32,9 @@ std::string ReadFile(const std::string& path);
 bool Exists(const std::string& path);
 void MakeDir(const std::string& path);
 
+// Runs a shell command; returns its standard output and error, and its exit status.
+std::string RunCommand(const std::string& command, int* status);
+
 // True when the folder's file system takes user extended attributes.
 bool SupportsUserXattrs(const std::string& directory);
 
