@@ -59,6 +59,18 @@ std::string RunCommand(const std::string& command, int* status) {
   return output;
 }
 
+void ExpectException(const std::function<void()>& call, int code, const base::String* message, const char* text) {
+  try {
+    call();
+    ADD_FAILURE() << "no exception from " << text;
+  } catch (const base::Exception& e) {
+    EXPECT_EQ(code, e.getCode()) << text << ": " << e.what();
+    if (message) {
+      EXPECT_EQ(*message, e.getMessage()) << text << ": " << e.what();
+    }
+  }
+}
+
 bool SupportsUserXattrs(const std::string& directory) {
   const std::string probe = directory + "/.xattr-probe";
   WriteFile(probe, "");

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 
 #include "base/Exception.h"
@@ -40,24 +41,20 @@ bool SupportsUserXattrs(const std::string& directory);
 
 }  // namespace test
 
-// Runs statement and expects base::Exception with the code and the exact message.
-#define EXPECT_THROW_CODE_MESSAGE(statement, expectedCode, expectedMessage)          \
-  do {                                                                             \
-    try {                                                                          \
-      statement;                                                                   \
-      ADD_FAILURE() << "no exception from " #statement;                            \
-    } catch (const base::Exception& e) {                                           \
-      EXPECT_EQ((expectedCode), e.getCode()) << e.what();                          \
-      EXPECT_EQ(base::String(expectedMessage), e.getMessage()) << e.what();        \
-    }                                                                              \
+namespace test {
+// Expects the call to throw base::Exception with the code and, when given, the exact message.
+void ExpectException(const std::function<void()>& call, int code, const base::String* message, const char* text);
+}  // namespace test
+
+#define EXPECT_THROW_CODE_MESSAGE(statement, expectedCode, expectedMessage)                          \
+  do {                                                                                             \
+    SCOPED_TRACE(#statement);                                                                      \
+    const base::String expected(expectedMessage);                                                  \
+    test::ExpectException([&] { statement; }, (expectedCode), &expected, #statement);              \
   } while (0)
 
-#define EXPECT_THROW_CODE(statement, expectedCode)                                 \
-  do {                                                                             \
-    try {                                                                          \
-      statement;                                                                   \
-      ADD_FAILURE() << "no exception from " #statement;                            \
-    } catch (const base::Exception& e) {                                           \
-      EXPECT_EQ((expectedCode), e.getCode()) << e.what();                          \
-    }                                                                              \
+#define EXPECT_THROW_CODE(statement, expectedCode)                                  \
+  do {                                                                              \
+    SCOPED_TRACE(#statement);                                                       \
+    test::ExpectException([&] { statement; }, (expectedCode), nullptr, #statement); \
   } while (0)

@@ -65,26 +65,22 @@ inline bool ncIsValidPath(const String& path) {
     return NS_TableDrivenQI(this, table, iid, result);                                      \
   }
 
-#define NC_IMPL_POOLED_ISUPPORTS1(Class, Interface)          \
-  NC_IMPL_QUERY_INTERFACE1(Class, Interface)                 \
+// AddRef/Release with atomic counts; at zero the count is set to 1 (so the destructor may
+// take and drop references) and the object is destroyed by the given statement.
+#define NC_IMPL_ISUPPORTS1_DESTROYING(Class, Interface, destroy)   \
+  NC_IMPL_QUERY_INTERFACE1(Class, Interface)                        \
   nsrefcnt Class::AddRef() { return PR_AtomicIncrement(&mRefCnt); } \
-  nsrefcnt Class::Release() {                                \
-    const PRInt32 count = PR_AtomicDecrement(&mRefCnt);      \
-    if (count != 0) return count;                            \
-    mRefCnt = 1; /* the destructor may take and drop references */ \
-    this->~Class();                                          \
-    ncModuleAllocator::deallocate(this);                     \
-    return 0;                                                \
+  nsrefcnt Class::Release() {                                       \
+    const PRInt32 count = PR_AtomicDecrement(&mRefCnt);             \
+    if (count != 0) return count;                                   \
+    mRefCnt = 1;                                                    \
+    destroy;                                                        \
+    return 0;                                                       \
   }
 
-// The same for the creatable components, which live on the ordinary heap.
-#define NC_IMPL_HEAP_ISUPPORTS1(Class, Interface)            \
-  NC_IMPL_QUERY_INTERFACE1(Class, Interface)                 \
-  nsrefcnt Class::AddRef() { return PR_AtomicIncrement(&mRefCnt); } \
-  nsrefcnt Class::Release() {                                \
-    const PRInt32 count = PR_AtomicDecrement(&mRefCnt);      \
-    if (count != 0) return count;                            \
-    mRefCnt = 1;                                             \
-    delete this;                                             \
-    return 0;                                                \
-  }
+// Internal objects go back to the module allocator.
+#define NC_IMPL_POOLED_ISUPPORTS1(Class, Interface) \
+  NC_IMPL_ISUPPORTS1_DESTROYING(Class, Interface, (this->~Class(), ncModuleAllocator::deallocate(this)))
+
+// The creatable components live on the ordinary heap.
+#define NC_IMPL_HEAP_ISUPPORTS1(Class, Interface) NC_IMPL_ISUPPORTS1_DESTROYING(Class, Interface, delete this)
