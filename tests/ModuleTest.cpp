@@ -46,14 +46,22 @@ TEST(ModuleTest, HostLearnsBothComponentsFromTheModuleFile) {
   EXPECT_EQ("ncDocMgr", host.registrations()[1].className);
   EXPECT_EQ(kDocMgrCid, host.registrations()[1].cid);
 
-  nsCOMPtr<ncIDocMgr> byContract = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
-  ASSERT_TRUE(byContract);
-  void* raw = nullptr;
-  ASSERT_EQ(NS_OK, host.createInstance(kUpgradeMgrCid, nullptr, NS_GET_IID(ncIUpgradeMgr), &raw));
-  nsCOMPtr<ncIUpgradeMgr> byClass = nsCOMPtr<ncIUpgradeMgr>::adopt(static_cast<ncIUpgradeMgr*>(raw));
-  EXPECT_TRUE(byClass);
-  EXPECT_TRUE(do_QueryInterface<nsISupports>(byClass.get()));
-  EXPECT_FALSE(do_QueryInterface<ncIDocMgr>(byClass.get()));
+  // Each component by its contract id and by its class id, asked for its own interface.
+  const nsIID* interfaces[] = {&NS_GET_IID(ncIUpgradeMgr), &NS_GET_IID(ncIDocMgr)};
+  for (size_t i = 0; i < 2; ++i) {
+    const nsHostLoader::Registration& registration = host.registrations()[i];
+    void* byContract = nullptr;
+    void* byClass = nullptr;
+    ASSERT_EQ(NS_OK, host.createInstanceByContractID(registration.contractId.c_str(), nullptr, *interfaces[i],
+                                                     &byContract));
+    ASSERT_EQ(NS_OK, host.createInstance(registration.cid, nullptr, *interfaces[i], &byClass));
+    EXPECT_NE(byContract, byClass);
+    nsCOMPtr<nsISupports> first = nsCOMPtr<nsISupports>::adopt(static_cast<nsISupports*>(byContract));
+    nsCOMPtr<nsISupports> second = nsCOMPtr<nsISupports>::adopt(static_cast<nsISupports*>(byClass));
+    EXPECT_TRUE(do_QueryInterface<nsISupports>(first.get()));
+  }
+  nsCOMPtr<ncIUpgradeMgr> upgrade = host.create<ncIUpgradeMgr>(NC_UPGRADEMGR_CONTRACTID);
+  EXPECT_FALSE(do_QueryInterface<ncIDocMgr>(upgrade.get()));
 }
 
 TEST(ModuleTest, ConstructorRefusesAggregationAndUnknownInterfaces) {
