@@ -44,4 +44,18 @@ TEST(ToolTest, InitShowsTheDataDirectoryThroughTheModule) {
   EXPECT_NE(std::string::npos, missing.find("cannot load the module")) << missing;
 }
 
+TEST(ToolTest, CheckReportsDatabasesThatAreNotSound) {
+  test::TempDir dir;
+  int status = 0;
+  test::RunCommand(std::string(DOCMGR_CLI_PATH) + " upgrade " + dir.path(), &status);  // writes config.db
+  ASSERT_EQ(0, status);
+  std::string output = test::RunCommand(std::string(DOCMGR_CLI_PATH) + " check " + dir.path(), &status);
+  EXPECT_EQ(0, status) << output;
+  EXPECT_NE(std::string::npos, output.find("config.db    ok")) << output;
+  test::WriteFile(dir.path() + "/.kestrove.cache/junk.db", std::string(4096, 'x'));
+  output = test::RunCommand(std::string(DOCMGR_CLI_PATH) + " check " + dir.path(), &status);
+  EXPECT_EQ(1, status) << output;
+  EXPECT_NE(std::string::npos, output.find("junk.db      Execute sql failed")) << output;
+}
+
 }  // namespace
