@@ -22,6 +22,24 @@ class ncPathMgr : public ncIPathMgr {
   String GetAbsolutePath(const String& relPath) override;
   String GetRelativePath(const String& path) override;
 
+  bool IsTempPath(const String& path) override;
+  String GetBackupPathContainDocId(const String& path, const String& docId) override;
+  bool IsBackupPath(const String& path) override;
+  String GetCopyPath(const String& path) override;
+  bool IsCopyPath(const String& path) override;
+  String GetTransferUnsyncPath(const String& path) override;
+  bool IsTransferUnsyncPath(const String& path) override;
+  String GetConflictPath(const String& path) override;
+  bool IsConflictPath(const String& path) override;
+  bool IsIgnorePath(const String& path) override;
+  bool IsCadTempPath(const String& path) override;
+  bool IsTooLongPath(const String& path) override;
+  bool IsSiblingPath(const String& path1, const String& path2) override;
+  bool IsSysHoldPath(const String& path) override;
+  bool IsSystemHiddenPath(const String& path) override;
+  String GetContainDocIdTempPathName(const String& path, const String& docId) override;
+  String GetGuidTempPathName(const String& path) override;
+
   bool IsLocalSync() const { return isLocalSync_; }
   bool IsDriveRoot() const { return isDriveRoot_; }
   const String& GetUserName() const { return userName_; }

@@ -20,6 +20,7 @@ enum : uint32_t {
   kErrorPathNotFound = 3,
   kErrorTooManyOpenFiles = 4,
   kErrorAccessDenied = 5,
+  kErrorInvalidData = 13,
   kErrorNotSameDevice = 17,
   kErrorWriteProtect = 19,
   kErrorGenFailure = 31,
@@ -56,6 +57,10 @@ String RemoveLongPathPrefix(const String& path);
 // The native form of a path for system calls (long-path prefix removed).
 std::string NativePath(const String& path);
 
+// True when the path is beyond what the native file system takes (POSIX: the UTF-8 path
+// reaches PATH_MAX bytes or one of its names exceeds NAME_MAX bytes).
+bool ExceedsNativePathLimits(const String& path);
+
 uint32_t GetFileAttributes(const String& path);
 bool SetFileAttributes(const String& path, uint32_t attributes);
 
@@ -65,6 +70,9 @@ bool CreateEmptyFile(const String& path);
 // Names of the entries of a folder, without "." and "..".
 bool ListDirectory(const String& path, std::vector<String>& names);
 bool RemoveDirectory(const String& path);
+// True when the folder is the root of a mounted file system; false when it is not or when
+// it cannot be examined.
+bool IsMountPoint(const String& path);
 bool DeleteFile(const String& path);
 // Never overwrites: fails with 183 when the target exists. Across file systems a file is
 // copied (data, mode, times, extended attributes) and then removed; a folder fails with 17.

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -104,6 +105,7 @@ String SystemErrorText(uint32_t code) {
     case kErrorPathNotFound: text = "The system cannot find the path specified."; break;
     case kErrorTooManyOpenFiles: text = "The system cannot open the file."; break;
     case kErrorAccessDenied: text = "Access is denied."; break;
+    case kErrorInvalidData: text = "The data is invalid."; break;
     case kErrorNotSameDevice: text = "The system cannot move the file to a different disk drive."; break;
     case kErrorWriteProtect: text = "The media is write protected."; break;
     case kErrorGenFailure: text = "A device attached to the system is not functioning."; break;
@@ -128,6 +130,19 @@ String RemoveLongPathPrefix(const String& path) {
 }
 
 std::string NativePath(const String& path) { return base::ToUtf8(RemoveLongPathPrefix(path)); }
+
+bool ExceedsNativePathLimits(const String& path) {
+  const std::string native = NativePath(path);
+  if (native.size() >= PATH_MAX) return true;
+  size_t start = 0;
+  while (start <= native.size()) {
+    size_t end = native.find('/', start);
+    if (end == std::string::npos) end = native.size();
+    if (end - start > NAME_MAX) return true;
+    start = end + 1;
+  }
+  return false;
+}
 
 uint32_t GetFileAttributes(const String& path) {
   const std::string native = NativePath(path);
@@ -157,9 +172,13 @@ bool SetFileAttributes(const String& path, uint32_t attributes) {
   // Extended attributes need a writable file when not running as root: make it writable
   // before writing them, read-only only afterwards.
   if (!readOnly && ::chmod(native.c_str(), mode) != 0) return FailFromErrno();
-  if ((ReadDosAttributes(native) != (attributes & kDosAttributeBits)) &&
-      !WriteDosAttributes(native, attributes)) {
-    if (!(errno == ENOTSUP && (attributes & kDosAttributeBits) == 0)) return FailFromErrno();
+  // A name beginning with "." reads as hidden anyway: writing back what was read must not
+  // leave a stored hidden bit behind on such a name.
+  const uint32_t current = ReadDosAttributes(native);
+  uint32_t wanted = attributes & kDosAttributeBits;
+  if (IsDotName(native) && (wanted & kAttrHidden)) wanted = (wanted & ~kAttrHidden) | (current & kAttrHidden);
+  if (current != wanted && !WriteDosAttributes(native, wanted)) {
+    if (!(errno == ENOTSUP && wanted == 0)) return FailFromErrno();
   }
   if (readOnly && ::chmod(native.c_str(), mode) != 0) return FailFromErrno();
   return Succeed();
@@ -188,6 +207,18 @@ bool ListDirectory(const String& path, std::vector<String>& names) {
 
 bool RemoveDirectory(const String& path) {
   return ::rmdir(NativePath(path).c_str()) == 0 ? Succeed() : FailFromErrno();
+}
+
+bool IsMountPoint(const String& path) {
+  const std::string native = NativePath(path);
+  struct stat self;
+  struct stat parent;
+  if (::stat(native.c_str(), &self) != 0) return FailFromErrno();
+  if (!S_ISDIR(self.st_mode)) return Fail(kErrorPathNotFound);
+  if (::stat((native + "/..").c_str(), &parent) != 0) return FailFromErrno();
+  Succeed();
+  // A different device above, or the folder is its own parent ("/").
+  return self.st_dev != parent.st_dev || self.st_ino == parent.st_ino;
 }
 
 bool DeleteFile(const String& path) {

@@ -22,4 +22,34 @@ class ncIPathMgr : public nsISupports {
   virtual base::String GetAbsolutePath(const base::String& relPath) = 0;
   // Throws code 2 with the "IDS_NOT_IN_ROOT_PATH" text for a path outside the root.
   virtual base::String GetRelativePath(const base::String& path) = 0;
+
+  // Working names: each lives in the folder of its source, begins with "." and ends with
+  // one of the hidden suffixes, so that no user file is taken for one.
+  // A temporary name (".kestrove.temp"), also one of GetContainDocIdTempPathName and
+  // GetGuidTempPathName.
+  virtual bool IsTempPath(const base::String& path) = 0;
+  virtual base::String GetBackupPathContainDocId(const base::String& path, const base::String& docId) = 0;
+  virtual bool IsBackupPath(const base::String& path) = 0;
+  virtual base::String GetCopyPath(const base::String& path) = 0;
+  virtual bool IsCopyPath(const base::String& path) = 0;
+  virtual base::String GetTransferUnsyncPath(const base::String& path) = 0;
+  virtual bool IsTransferUnsyncPath(const base::String& path) = 0;
+  // Carries the user name and the local time of day.
+  virtual base::String GetConflictPath(const base::String& path) = 0;
+  virtual bool IsConflictPath(const base::String& path) = 0;
+  // True when the path must never be synchronised: editor, download and CAD temporaries,
+  // the component's backups, folder customisation files, and names the file system of the
+  // server cannot take.
+  virtual bool IsIgnorePath(const base::String& path) = 0;
+  virtual bool IsCadTempPath(const base::String& path) = 0;
+  virtual bool IsTooLongPath(const base::String& path) = 0;
+  // True when the two paths name different entries of the same folder.
+  virtual bool IsSiblingPath(const base::String& path1, const base::String& path2) = 0;
+  // Entries that the system holds at the root of a drive or mounted file system.
+  virtual bool IsSysHoldPath(const base::String& path) = 0;
+  // True when the item carries both the hidden and the system attribute.
+  virtual bool IsSystemHiddenPath(const base::String& path) = 0;
+  virtual base::String GetContainDocIdTempPathName(const base::String& path, const base::String& docId) = 0;
+  // A fresh temporary name beside path, unique through a new GUID.
+  virtual base::String GetGuidTempPathName(const base::String& path) = 0;
 };

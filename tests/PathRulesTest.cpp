@@ -1,0 +1,188 @@
+// Path classification and the derived working names of the path manager, on real files.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <regex>
+#include <string>
+
+#include "TestSupport.h"
+#include "base/Path.h"
+#include "base/User.h"
+#include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncPathMgr.h"
+#include "platform/ncPlatform.h"
+#include "xpcom/nsCOMPtr.h"
+
+namespace {
+
+using base::String;
+
+class PathRulesTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    pathMgr = NC_NEW(ncPathMgr);
+    pathMgr->Init(dir.wpath(), false);
+    pathMgr->SetUserName(u"alice");
+  }
+  String at(const std::string& name) const { return dir.child(name); }
+
+  test::TempDir dir;
+  nsCOMPtr<ncPathMgr> pathMgr;
+};
+
+TEST_F(PathRulesTest, EachIgnoreRuleMatchesAndItsNearMissDoesNot) {
+  test::WriteFile(dir.path() + "/A1B2C3D4", "x");
+  test::WriteFile(dir.path() + "/A1B2_3D4", "x");
+  test::WriteFile(dir.path() + "/A1B2C3D", "x");
+  test::MakeDir(dir.path() + "/B1B2C3D4");
+  const struct {
+    const char* name;
+    bool ignored;
+  } cases[] = {
+      {"report.docx", false},
+      {"atmp1234", true}, {"atmp.txt", false}, {"xatmp123", false},
+      {"~$report.docx", true}, {"~~$report.docx", true}, {"._photo.jpg", true}, {"_.photo.jpg", false},
+      {"movie.crdownload", true}, {"NOTES.TMP", true}, {"settings.td.cfg", true}, {"a.kestrove.bak", true},
+      {"tmp.txt", false}, {"a.tmpx", false}, {"a.bak.txt", false},
+      {"desktop.ini", true}, {"sub/Desktop.INI", true}, {".directory", true},
+      {"desktop.ini.txt", false}, {"mydesktop.ini", false},
+      {"A1B2C3D4", true}, {"B1B2C3D4", false}, {"C1B2C3D4", false}, {"A1B2_3D4", false}, {"A1B2C3D", false},
+      {"~proj.MPJ~", true}, {"~proj.mpj~", true}, {"proj.MPJ~", false},
+      {"TMP0.MPJ", true}, {"tmp0.mtw", true}, {"TMP1.MPJ", false},
+      {"a.txt___jb_tmp___", true}, {"b.txt___jb_old___", true}, {"c___jb_tmp___", false},
+      {"back\\slash.txt", true},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.ignored, pathMgr->IsIgnorePath(at(c.name))) << c.name;
+}
+
+TEST_F(PathRulesTest, CadTemporariesBeginWithTheUserNameAndTwelveLettersOrDigits) {
+  String user = base::User::getName();
+  ASSERT_FALSE(user.empty());
+  if (user.size() > 4) user.resize(4);
+  const std::string prefix = base::ToUtf8(user);
+  for (const char* ending : {"ABCDEF123456.prt", "ABCDEF123456", "abcdef123456.sim", "ABCDEF123456.PRT12"}) {
+    EXPECT_TRUE(pathMgr->IsCadTempPath(at(prefix + ending))) << ending;
+    EXPECT_TRUE(pathMgr->IsIgnorePath(at(prefix + ending))) << ending;
+  }
+  for (const char* ending : {"ABCDEF123456.txt", "ABCDEF12345.prt", "ABCDEF12345_.prt", "ABCDEF1234567.prt"})
+    EXPECT_FALSE(pathMgr->IsCadTempPath(at(prefix + ending))) << ending;
+  EXPECT_FALSE(pathMgr->IsCadTempPath(at("9" + prefix.substr(1) + "ABCDEF123456.prt")));
+}
+
+TEST_F(PathRulesTest, DerivedNamesStayBesideTheirSourceAndAreRecognisedOnlyAsTheirOwnKind) {
+  const String source = at("sub/Quarterly report.docx");
+  const String docId = u"gns://0A1B/C2D3E4F5";
+  const struct {
+    const char* kind;
+    String derived;
+  } names[] = {
+      {"temp", pathMgr->GetContainDocIdTempPathName(source, docId)},
+      {"guid temp", pathMgr->GetGuidTempPathName(source)},
+      {"backup", pathMgr->GetBackupPathContainDocId(source, docId)},
+      {"copy", pathMgr->GetCopyPath(source)},
+      {"transfer", pathMgr->GetTransferUnsyncPath(source)},
+      {"conflict", pathMgr->GetConflictPath(source)},
+  };
+  for (const auto& n : names) {
+    SCOPED_TRACE(n.kind);
+    EXPECT_EQ(base::Path::getDirectoryName(source), base::Path::getDirectoryName(n.derived));
+    EXPECT_EQ(u'.', base::Path::getFileName(n.derived)[0]);
+    const std::string kind = n.kind;
+    EXPECT_EQ(kind == "temp" || kind == "guid temp", pathMgr->IsTempPath(n.derived));
+    EXPECT_EQ(kind == "backup", pathMgr->IsBackupPath(n.derived));
+    EXPECT_EQ(kind == "copy", pathMgr->IsCopyPath(n.derived));
+    EXPECT_EQ(kind == "transfer", pathMgr->IsTransferUnsyncPath(n.derived));
+    EXPECT_EQ(kind == "conflict", pathMgr->IsConflictPath(n.derived));
+  }
+  // The document's own id component makes two documents' temporaries differ.
+  EXPECT_NE(String::npos, names[0].derived.find(u"C2D3E4F5"));
+  EXPECT_NE(names[0].derived, pathMgr->GetContainDocIdTempPathName(source, u"gns://0A1B/99"));
+  // User files that merely end like a working name are not taken for one.
+  for (const char* name : {"notes.kestrove.temp", "notes.kestrove.copy", ".kestrove.tu", "x.kestrove.conflict"}) {
+    EXPECT_FALSE(pathMgr->IsTempPath(at(name))) << name;
+    EXPECT_FALSE(pathMgr->IsCopyPath(at(name))) << name;
+    EXPECT_FALSE(pathMgr->IsTransferUnsyncPath(at(name))) << name;
+    EXPECT_FALSE(pathMgr->IsConflictPath(at(name))) << name;
+  }
+  EXPECT_FALSE(pathMgr->IsBackupPath(source));
+}
+
+TEST_F(PathRulesTest, GuidAndConflictNamesHaveTheirFormats) {
+  const String first = base::Path::getFileName(pathMgr->GetGuidTempPathName(at("a.txt")));
+  const String second = base::Path::getFileName(pathMgr->GetGuidTempPathName(at("a.txt")));
+  EXPECT_NE(first, second);
+  // Only the third group of the GUID is printed in lower case.
+  EXPECT_TRUE(std::regex_match(base::ToUtf8(first),
+                               std::regex(R"(\.a\.txt\.[0-9A-F]{12}[0-9a-f]{4}[0-9A-F]{16}\.kestrove\.temp)")))
+      << base::ToUtf8(first);
+  const String conflict = base::Path::getFileName(pathMgr->GetConflictPath(at("plan.v2.xlsx")));
+  EXPECT_TRUE(std::regex_match(base::ToUtf8(conflict),
+                               std::regex(R"(\.plan\.v2_alice_\d\d_\d\d_\d\d\.xlsx\.kestrove\.conflict)")))
+      << base::ToUtf8(conflict);
+}
+
+TEST_F(PathRulesTest, TooLongAtTheFileSystemsLimits) {
+  const std::string root = "/" + std::string(200, 'r');
+  std::string path = root;
+  while (path.size() + 201 < PATH_MAX) path += "/" + std::string(200, 'd');
+  path += "/" + std::string(PATH_MAX - 1 - path.size() - 1, 'f');
+  ASSERT_EQ(size_t(PATH_MAX - 1), path.size());
+  EXPECT_FALSE(pathMgr->IsTooLongPath(base::FromUtf8(path)));
+  EXPECT_TRUE(pathMgr->IsTooLongPath(base::FromUtf8(path + "f")));
+  EXPECT_FALSE(pathMgr->IsTooLongPath(base::FromUtf8("/a/" + std::string(NAME_MAX, 'n'))));
+  EXPECT_TRUE(pathMgr->IsTooLongPath(base::FromUtf8("/a/" + std::string(NAME_MAX + 1, 'n') + "/b")));
+  // Bytes count, not units: 128 two-byte characters make a 256-byte name.
+  EXPECT_TRUE(pathMgr->IsTooLongPath(u"/a/" + String(128, u'\u00E9')));
+  EXPECT_TRUE(pathMgr->IsTooLongPath(String(32743, u'a')));
+}
+
+TEST_F(PathRulesTest, SiblingsShareTheFolderButNotTheName) {
+  EXPECT_TRUE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/b.txt")));
+  EXPECT_TRUE(pathMgr->IsSiblingPath(at("D/a.txt"), at("d/.a.txt.kestrove.temp")));
+  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/A.TXT")));
+  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/e/b.txt")));
+  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("dd/a.txt")));
+}
+
+TEST_F(PathRulesTest, SystemHeldEntriesAtTheRootOfADriveOrMount) {
+  for (const char16_t* path : {u"C:\\pagefile.sys", u"d:\\System Volume Information", u"E:\\$RECYCLE.BIN\\S-1-5",
+                               u"\\\\?\\C:\\pagefile.sys", u"/lost+found", u"/.Trash-1000/files", u"/.Trashes"})
+    EXPECT_TRUE(pathMgr->IsSysHoldPath(path)) << base::ToUtf8(path);
+  for (const char16_t* path : {u"C:\\pagefile.sys.old", u"C:\\data\\pagefile.sys", u"/.Trash-x", u"/.Trash-",
+                               u"/lost+found2"})
+    EXPECT_FALSE(pathMgr->IsSysHoldPath(path)) << base::ToUtf8(path);
+  // The same names in an ordinary folder are the user's.
+  test::MakeDir(dir.path() + "/lost+found");
+  EXPECT_FALSE(pathMgr->IsSysHoldPath(at("lost+found")));
+  EXPECT_FALSE(pathMgr->IsSysHoldPath(at(".Trash-0")));
+}
+
+TEST_F(PathRulesTest, SystemHiddenNeedsBothAttributes) {
+  if (!test::SupportsUserXattrs(dir.path())) GTEST_SKIP() << "no user extended attributes in " << dir.path();
+  test::WriteFile(dir.path() + "/both", "");
+  test::WriteFile(dir.path() + "/hidden", "");
+  test::WriteFile(dir.path() + "/system", "");
+  ASSERT_TRUE(platform::SetFileAttributes(at("both"), platform::kAttrHidden | platform::kAttrSystem));
+  ASSERT_TRUE(platform::SetFileAttributes(at("hidden"), platform::kAttrHidden));
+  ASSERT_TRUE(platform::SetFileAttributes(at("system"), platform::kAttrSystem));
+  EXPECT_TRUE(pathMgr->IsSystemHiddenPath(at("both")));
+  EXPECT_FALSE(pathMgr->IsSystemHiddenPath(at("hidden")));
+  EXPECT_FALSE(pathMgr->IsSystemHiddenPath(at("system")));
+  EXPECT_FALSE(pathMgr->IsSystemHiddenPath(at("missing")));
+  // A dot name is hidden by itself; with the system bit it is system-hidden.
+  test::WriteFile(dir.path() + "/.dot", "");
+  ASSERT_TRUE(platform::SetFileAttributes(at(".dot"), platform::kAttrSystem));
+  EXPECT_TRUE(pathMgr->IsSystemHiddenPath(at(".dot")));
+}
+
+TEST_F(PathRulesTest, InvalidPathsThrowBeforeAnyTest) {
+  const String bad(u"a\0b", 3);
+  EXPECT_THROW_CODE_MESSAGE(pathMgr->IsIgnorePath(u""), 2, u"Path () is INVALID.");
+  EXPECT_THROW_CODE(pathMgr->IsSysHoldPath(bad), 2);
+  EXPECT_THROW_CODE(pathMgr->IsTooLongPath(u""), 2);
+  EXPECT_THROW_CODE(pathMgr->IsSiblingPath(at("a"), u""), 2);
+  EXPECT_THROW_CODE(pathMgr->GetGuidTempPathName(u""), 2);
+  EXPECT_THROW_CODE(pathMgr->IsSystemHiddenPath(bad), 2);
+}
+
+}  // namespace
