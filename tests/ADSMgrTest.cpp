@@ -1,0 +1,199 @@
+// The tag manager on real files and folders: the stream encodings, the quiet cases, the
+// read-only retry and the errors it reports.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "FileTestSupport.h"
+#include "TestSupport.h"
+#include "docmgr/ncADSMgr.h"
+#include "docmgr/ncModuleAllocator.h"
+#include "platform/ncPlatform.h"
+#include "xpcom/nsCOMPtr.h"
+
+namespace {
+
+using base::String;
+
+class ADSMgrTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!test::SupportsUserXattrs(dir.path())) GTEST_SKIP() << "no user extended attributes in " << dir.path();
+    adsMgr = NC_NEW(ncADSMgr);
+    file = dir.path() + "/report.docx";
+    test::WriteFile(file, "content");
+  }
+  std::string Raw(const std::string& path, const char* stream) {
+    std::string value;
+    return test::GetXattr(path, std::string("user.kestrove.") + stream, value) ? value : "<absent>";
+  }
+
+  test::TempDir dir;
+  nsCOMPtr<ncADSMgr> adsMgr;
+  std::string file;
+};
+
+TEST_F(ADSMgrTest, TagsRoundTripInTheirStreamEncodingsOnFilesAndFolders) {
+  test::MakeDir(dir.path() + "/folder");
+  for (const std::string& path : {file, dir.path() + "/folder"}) {
+    SCOPED_TRACE(path);
+    const String wide = base::FromUtf8(path);
+    adsMgr->SetDelayInfo(wide, 5000000000LL);
+    adsMgr->SetDocIdInfo(wide, u"gns://AB12/\u00FCml");
+    adsMgr->SetVrTypeInfo(wide, 3);
+    adsMgr->SetErrMarkInfo(wide, -2);
+    adsMgr->SetStatusInfo(wide, -7);
+
+    EXPECT_EQ(test::LittleEndian64(5000000000LL), Raw(path, "isDelay"));
+    EXPECT_EQ(std::string("g\0n\0s\0:\0/\0/\0A\0B\0" "1\0" "2\0/\0\xFC\0m\0l\0", 28), Raw(path, "docId"));
+    EXPECT_EQ(test::LittleEndian64(-2), Raw(path, "errMark"));  // widened with its sign
+
+    int64_t delay = 0, vrType = 0, status = 0;
+    String docId;
+    EXPECT_TRUE(adsMgr->GetDelayInfo(wide, delay));
+    EXPECT_EQ(5000000000LL, delay);
+    EXPECT_TRUE(adsMgr->GetDocIdInfo(wide, docId));
+    EXPECT_EQ(u"gns://AB12/\u00FCml", docId);
+    EXPECT_TRUE(adsMgr->GetVrTypeInfo(wide, vrType));
+    EXPECT_EQ(3, vrType);
+    EXPECT_TRUE(adsMgr->GetStatusInfo(wide, status));
+    EXPECT_EQ(-7, status);
+    EXPECT_TRUE(adsMgr->CheckErrMarkInfo(wide));
+
+    adsMgr->SetStatusInfo(wide, 1);  // overwritten, not appended
+    EXPECT_TRUE(adsMgr->GetStatusInfo(wide, status));
+    EXPECT_EQ(1, status);
+
+    adsMgr->DeleteDelayInfo(wide);
+    adsMgr->DeleteDocIdInfo(wide);
+    adsMgr->DeleteVrTypeInfo(wide);
+    adsMgr->DeleteErrMarkInfo(wide);
+    adsMgr->DeleteStatusInfo(wide);
+    EXPECT_FALSE(adsMgr->CheckDelayInfo(wide) || adsMgr->CheckDocIdInfo(wide) || adsMgr->CheckVrTypeInfo(wide) ||
+                 adsMgr->CheckErrMarkInfo(wide) || adsMgr->CheckStatusInfo(wide));
+  }
+}
+
+TEST_F(ADSMgrTest, AbsentTagsAndVanishedItemsAreQuiet) {
+  const String wide = base::FromUtf8(file);
+  const String gone = dir.child("gone.txt");
+  int64_t value = 42;
+  String docId = u"unchanged";
+  EXPECT_FALSE(adsMgr->GetDelayInfo(wide, value));
+  EXPECT_FALSE(adsMgr->GetDocIdInfo(gone, docId));
+  EXPECT_EQ(42, value);
+  EXPECT_EQ(u"unchanged", docId);
+  EXPECT_FALSE(adsMgr->CheckStatusInfo(gone));
+  adsMgr->DeleteStatusInfo(wide);  // never set
+  adsMgr->DeleteDocIdInfo(gone);
+  adsMgr->SetDelayInfo(gone, 1);
+  adsMgr->SetDocIdInfo(gone, u"gns://A");
+  EXPECT_FALSE(test::Exists(dir.path() + "/gone.txt"));
+  // A stream of the wrong size is not an integer.
+  ASSERT_TRUE(platform::WriteStream(wide, u"status", "abc"));
+  EXPECT_FALSE(adsMgr->GetStatusInfo(wide, value));
+  EXPECT_EQ(42, value);
+}
+
+TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirst) {
+  EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(u"", u"not an id"), 2, u"Path () is INVALID.");
+  EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(base::FromUtf8(file), u"not an id"), 2,
+                            u"Gns (not an id) is INVALID.");
+  EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(base::FromUtf8(file), u""), 2, u"Gns () is INVALID.");
+  int64_t value = 0;
+  EXPECT_THROW_CODE(adsMgr->GetStatusInfo(String(u"a\0b", 3), value), 2);
+  EXPECT_THROW_CODE(adsMgr->DeleteErrMarkInfo(u""), 2);
+  EXPECT_EQ("<absent>", Raw(file, "docId"));
+
+  // The long-path prefix is accepted as it stands.
+  const String prefixed = u"\\\\?\\" + base::FromUtf8(file);
+  adsMgr->SetVrTypeInfo(prefixed, 9);
+  int64_t vrType = 0;
+  EXPECT_TRUE(adsMgr->GetVrTypeInfo(base::FromUtf8(file), vrType));
+  EXPECT_EQ(9, vrType);
+}
+
+TEST_F(ADSMgrTest, LongIdsReadBackCutTo1023Units) {
+  const String id = u"gns://" + String(1100, u'7');
+  adsMgr->SetDocIdInfo(base::FromUtf8(file), id);
+  String read;
+  EXPECT_TRUE(adsMgr->GetDocIdInfo(base::FromUtf8(file), read));
+  EXPECT_EQ(id.substr(0, 1023), read);
+}
+
+TEST_F(ADSMgrTest, ItemsWithoutStreamsReportTheSystemErrorAsCause) {
+  const std::string link = dir.path() + "/link";
+  ASSERT_EQ(0, ::symlink(file.c_str(), link.c_str()));
+  const String wide = base::FromUtf8(link);
+  for (int code : {4, 5}) {
+    try {
+      if (code == 4) adsMgr->SetStatusInfo(wide, 1);
+      else adsMgr->DeleteStatusInfo(wide);
+      ADD_FAILURE() << "no exception";
+    } catch (const base::Exception& e) {
+      EXPECT_EQ(code, e.getCode());
+      EXPECT_EQ(u"docmgr", e.getProvider());
+      EXPECT_EQ((code == 4 ? u"Could not write the synchronization tag of " : u"Could not remove the synchronization tag of ") +
+                    wide + u".",
+                e.getMessage());
+      ASSERT_TRUE(e.getCause());
+      EXPECT_TRUE(e.getCause()->isSystemError());
+      EXPECT_EQ(50, e.getCause()->getCode());
+    }
+  }
+}
+
+// A read-only file refuses its streams to an ordinary user: the tag is written after the
+// flag is lifted once, and the file is read-only again afterwards.
+TEST_F(ADSMgrTest, ReadOnlyFilesAreTaggedAndStayReadOnly) {
+  ASSERT_TRUE(platform::SetFileAttributes(base::FromUtf8(file), platform::kAttrReadOnly));
+  test::GiveToUnprivileged(dir.path(), file);
+  const String wide = base::FromUtf8(file);
+  std::string why;
+  const int result = test::RunUnprivileged(
+      [&]() -> int {
+        try {
+          if (platform::WriteStream(wide, u"probe", "x")) return 10;  // the simulation does not refuse
+          adsMgr->SetStatusInfo(wide, 4);
+          adsMgr->DeleteVrTypeInfo(wide);
+          adsMgr->SetVrTypeInfo(wide, 2);
+          adsMgr->DeleteVrTypeInfo(wide);
+          return 0;
+        } catch (const base::Exception&) {
+          return 11;
+        }
+      },
+      why);
+  if (result < 0) GTEST_SKIP() << "cannot make permission bits apply: " << why;
+  ASSERT_NE(10, result) << "the file system lets a read-only file be tagged";
+  ASSERT_EQ(0, result);
+  EXPECT_EQ(test::LittleEndian64(4), Raw(file, "status"));
+  EXPECT_EQ("<absent>", Raw(file, "vrType"));
+  EXPECT_TRUE(platform::GetFileAttributes(wide) & platform::kAttrReadOnly);
+  struct stat info;
+  ASSERT_EQ(0, ::stat(file.c_str(), &info));
+  EXPECT_EQ(0, info.st_mode & 0222);
+}
+
+// An item that stays unwritable after the retry: the error carries access denied.
+TEST_F(ADSMgrTest, AnItemThatStaysUnwritableThrowsAccessDenied) {
+  const String wide = base::FromUtf8(file);
+  adsMgr->SetStatusInfo(wide, 1);
+  test::Immutable locked(file);
+  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
+  for (int code : {4, 5}) {
+    try {
+      if (code == 4) adsMgr->SetStatusInfo(wide, 2);
+      else adsMgr->DeleteStatusInfo(wide);
+      ADD_FAILURE() << "no exception";
+    } catch (const base::Exception& e) {
+      EXPECT_EQ(code, e.getCode());
+      ASSERT_TRUE(e.getCause());
+      EXPECT_EQ(5, e.getCause()->getCode());
+    }
+  }
+  EXPECT_EQ(test::LittleEndian64(1), Raw(file, "status"));
+}
+
+}  // namespace
