@@ -292,6 +292,13 @@ bool CopyUserAttributes(int from, int to) {
   return true;
 }
 
+// ENOENT from a rename: the source is missing (2), or the target's folder is (3), as Win32
+// tells them apart.
+bool FailMissingTarget(const std::string& source) {
+  struct stat info;
+  return Fail(::lstat(source.c_str(), &info) == 0 ? kErrorPathNotFound : kErrorFileNotFound);
+}
+
 bool CopyRegularFile(const std::string& source, const std::string& target, bool failIfExists) {
   FileDescriptor from(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
   if (!from.valid()) return FailFromErrno();
@@ -300,7 +307,7 @@ bool CopyRegularFile(const std::string& source, const std::string& target, bool 
   if (!S_ISREG(info.st_mode)) return Fail(kErrorAccessDenied);  // as CopyFileW on a folder
   const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (failIfExists ? O_EXCL : O_TRUNC);
   FileDescriptor to(::open(target.c_str(), flags, (info.st_mode & 07777) | S_IWUSR));
-  if (!to.valid()) return FailFromErrno();
+  if (!to.valid()) return errno == ENOENT ? Fail(kErrorPathNotFound) : FailFromErrno();
   const struct timespec times[2] = {info.st_atim, info.st_mtim};
   if (!CopyData(from.get(), to.get()) || !CopyUserAttributes(from.get(), to.get()) ||
       ::fchmod(to.get(), info.st_mode & 07777) != 0 || ::futimens(to.get(), times) != 0) {
@@ -323,6 +330,7 @@ bool MoveFile(const String& source, const String& target) {
     if (::lstat(to.c_str(), &info) == 0) return Fail(kErrorAlreadyExists);
     if (::rename(from.c_str(), to.c_str()) == 0) return Succeed();
   }
+  if (errno == ENOENT) return FailMissingTarget(from);
   if (errno != EXDEV) return FailFromErrno();
   struct stat info;
   if (::lstat(from.c_str(), &info) != 0) return FailFromErrno();

@@ -1,0 +1,405 @@
+// The file manager on real files: numbered moves and copies, tags that travel (also across
+// file systems) or are stripped, deletion of read-only content, the duplicate set aside, the
+// folder customisation, and where an item is when an operation through a temporary name
+// fails half-way.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "FileTestSupport.h"
+#include "TestSupport.h"
+#include "base/Directory.h"
+#include "docmgr/ncADSMgr.h"
+#include "docmgr/ncFileMgr.h"
+#include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncPathMgr.h"
+#include "platform/ncPlatform.h"
+#include "xpcom/nsCOMPtr.h"
+
+namespace {
+
+using base::String;
+using test::Exists;
+using test::ReadFile;
+using test::WriteFile;
+
+const String kDocId = u"gns://5F1E/9C0A";
+
+class FileMgrTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!test::SupportsUserXattrs(dir.path())) GTEST_SKIP() << "no user extended attributes in " << dir.path();
+    pathMgr = NC_NEW(ncPathMgr);
+    pathMgr->Init(dir.wpath(), false);
+    fileMgr = NC_NEW(ncFileMgr, pathMgr.get());
+    adsMgr = NC_NEW(ncADSMgr);
+  }
+  std::string p(const std::string& relative) const { return dir.path() + "/" + relative; }
+  String w(const std::string& relative) const { return dir.child(relative); }
+  std::string TempOf(const std::string& relative) {
+    return base::ToUtf8(pathMgr->GetContainDocIdTempPathName(w(relative), kDocId));
+  }
+  void Tag(const String& path) {
+    adsMgr->SetDocIdInfo(path, kDocId);
+    adsMgr->SetDelayInfo(path, 11);
+    adsMgr->SetStatusInfo(path, 3);
+    adsMgr->SetVrTypeInfo(path, 2);
+    adsMgr->SetErrMarkInfo(path, 7);
+  }
+  // "docId,isDelay,status,vrType,errMark" as present (1) or absent (0).
+  std::string Tags(const String& path) {
+    std::string present;
+    present += adsMgr->CheckDocIdInfo(path) ? '1' : '0';
+    present += adsMgr->CheckDelayInfo(path) ? '1' : '0';
+    present += adsMgr->CheckStatusInfo(path) ? '1' : '0';
+    present += adsMgr->CheckVrTypeInfo(path) ? '1' : '0';
+    present += adsMgr->CheckErrMarkInfo(path) ? '1' : '0';
+    return present;
+  }
+
+  test::TempDir dir;
+  nsCOMPtr<ncPathMgr> pathMgr;
+  nsCOMPtr<ncIFileMgr> fileMgr;
+  nsCOMPtr<ncADSMgr> adsMgr;
+};
+
+// A temporary folder on another file system (tmpfs /dev/shm), when there is one.
+class OtherFileSystem {
+ public:
+  OtherFileSystem() {
+    char pattern[] = "/dev/shm/docmgr-test-XXXXXX";
+    if (::mkdtemp(pattern)) path_ = pattern;
+  }
+  ~OtherFileSystem() {
+    if (!path_.empty()) base::Directory::removeTree(base::FromUtf8(path_));
+  }
+  // Empty when not usable for the test next to near.
+  std::string usableBeside(const std::string& near) const {
+    struct stat a, b;
+    if (path_.empty() || ::stat(path_.c_str(), &a) != 0 || ::stat(near.c_str(), &b) != 0) return "";
+    if (a.st_dev == b.st_dev || !test::SupportsUserXattrs(path_)) return "";
+    return path_;
+  }
+
+ private:
+  std::string path_;
+};
+
+TEST_F(FileMgrTest, MoveNumbersFilesAndFoldersAndNeverOverwrites) {
+  WriteFile(p("a.txt"), "new");
+  test::MakeDir(p("docs"));
+  WriteFile(p("docs/a.txt"), "old");
+  WriteFile(p("docs/a (2).txt"), "older");
+  String target = w("docs/a.txt");
+  fileMgr->Move(w("a.txt"), target);
+  EXPECT_EQ(w("docs/a (3).txt"), target);
+  EXPECT_EQ("new", ReadFile(p("docs/a (3).txt")));
+  EXPECT_EQ("old", ReadFile(p("docs/a.txt")));
+  EXPECT_FALSE(Exists(p("a.txt")));
+
+  // Folders are numbered as a whole, whatever dots their names hold.
+  test::MakeDir(p("Plans.old"));
+  WriteFile(p("Plans.old/inside"), "1");
+  test::MakeDir(p("archive"));
+  test::MakeDir(p("archive/Plans.old"));
+  target = w("archive/Plans.old");
+  fileMgr->Move(w("Plans.old"), target);
+  EXPECT_EQ(w("archive/Plans.old (2)"), target);
+  EXPECT_EQ("1", ReadFile(p("archive/Plans.old (2)/inside")));
+
+  // Missing folders on the way are created; a vanished source is quiet.
+  WriteFile(p("b.txt"), "b");
+  target = w("x/y/b.txt");
+  fileMgr->Move(w("b.txt"), target);
+  EXPECT_EQ("b", ReadFile(p("x/y/b.txt")));
+  target = w("x/c.txt");
+  fileMgr->Move(w("gone.txt"), target);
+  EXPECT_EQ(w("x/c.txt"), target);
+  EXPECT_THROW_CODE_MESSAGE(fileMgr->Move(u"", target), 2, u"Path () is INVALID.");
+}
+
+TEST_F(FileMgrTest, TagsTravelWithRenameAndMoveAlsoToAnotherFileSystem) {
+  WriteFile(p("doc.txt"), "data");
+  ::chmod(p("doc.txt").c_str(), 0640);
+  Tag(w("doc.txt"));
+  fileMgr->Rename(w("doc.txt"), w("renamed.txt"));
+  EXPECT_EQ("11111", Tags(w("renamed.txt")));
+  String target = w("sub/moved.txt");
+  fileMgr->Move(w("renamed.txt"), target);
+  EXPECT_EQ("11111", Tags(target));
+
+  OtherFileSystem other;
+  const std::string elsewhere = other.usableBeside(dir.path());
+  if (elsewhere.empty()) GTEST_SKIP() << "no second file system with user extended attributes";
+  WriteFile(elsewhere + "/far.txt", "occupied");
+  target = base::FromUtf8(elsewhere + "/far.txt");
+  fileMgr->Move(w("sub/moved.txt"), target);
+  EXPECT_EQ(base::FromUtf8(elsewhere + "/far (2).txt"), target);
+  EXPECT_EQ("data", ReadFile(elsewhere + "/far (2).txt"));
+  EXPECT_EQ("occupied", ReadFile(elsewhere + "/far.txt"));
+  EXPECT_FALSE(Exists(p("sub/moved.txt")));
+  EXPECT_EQ("11111", Tags(target));
+  String docId;
+  EXPECT_TRUE(adsMgr->GetDocIdInfo(target, docId));
+  EXPECT_EQ(kDocId, docId);
+  struct stat info;
+  ASSERT_EQ(0, ::stat((elsewhere + "/far (2).txt").c_str(), &info));
+  EXPECT_EQ(0640u, info.st_mode & 07777);
+
+  // A folder does not cross file systems: it stays where it was.
+  test::MakeDir(p("folder"));
+  WriteFile(p("folder/f"), "f");
+  target = base::FromUtf8(elsewhere + "/folder");
+  EXPECT_THROW_CODE(fileMgr->Move(w("folder"), target), 17);
+  EXPECT_EQ("f", ReadFile(p("folder/f")));
+}
+
+TEST_F(FileMgrTest, MoveNoADSStripsEveryTag) {
+  WriteFile(p("doc.txt"), "data");
+  Tag(w("doc.txt"));
+  fileMgr->MoveNoADS(w("doc.txt"), w("out/doc.txt"), kDocId);
+  EXPECT_EQ("data", ReadFile(p("out/doc.txt")));
+  EXPECT_EQ("00000", Tags(w("out/doc.txt")));
+  EXPECT_FALSE(Exists(TempOf("doc.txt")));
+
+  test::MakeDir(p("folder"));
+  Tag(w("folder"));
+  OtherFileSystem other;
+  const std::string elsewhere = other.usableBeside(dir.path());
+  if (elsewhere.empty()) GTEST_SKIP() << "no second file system with user extended attributes";
+  WriteFile(p("far.txt"), "far");
+  Tag(w("far.txt"));
+  fileMgr->MoveNoADS(w("far.txt"), base::FromUtf8(elsewhere + "/far.txt"), kDocId);
+  EXPECT_EQ("far", ReadFile(elsewhere + "/far.txt"));
+  EXPECT_EQ("00000", Tags(base::FromUtf8(elsewhere + "/far.txt")));
+}
+
+TEST_F(FileMgrTest, CopyNumbersOnlyWhenAskedNotToOverwrite) {
+  WriteFile(p("a.txt"), "source");
+  Tag(w("a.txt"));
+  WriteFile(p("b.txt"), "existing");
+  String target = w("b.txt");
+  fileMgr->Copy(w("a.txt"), target, true);
+  EXPECT_EQ(w("b (2).txt"), target);
+  EXPECT_EQ("source", ReadFile(p("b (2).txt")));
+  EXPECT_EQ("existing", ReadFile(p("b.txt")));
+  EXPECT_EQ("11111", Tags(target));
+  target = w("b.txt");
+  fileMgr->Copy(w("a.txt"), target, false);
+  EXPECT_EQ(w("b.txt"), target);
+  EXPECT_EQ("source", ReadFile(p("b.txt")));
+  EXPECT_EQ("source", ReadFile(p("a.txt")));
+  target = w("c.txt");
+  fileMgr->Copy(w("gone.txt"), target, true);
+  EXPECT_FALSE(Exists(p("c.txt")));
+}
+
+TEST_F(FileMgrTest, RenameRefusesAnOccupiedNameAndAMissingFolder) {
+  WriteFile(p("a.txt"), "a");
+  WriteFile(p("b.txt"), "b");
+  EXPECT_THROW_CODE(fileMgr->Rename(w("a.txt"), w("b.txt")), 183);
+  EXPECT_THROW_CODE(fileMgr->Rename(w("a.txt"), w("none/a.txt")), 3);
+  EXPECT_EQ("a", ReadFile(p("a.txt")));
+  EXPECT_EQ("b", ReadFile(p("b.txt")));
+  fileMgr->Rename(w("gone.txt"), w("c.txt"));  // quiet
+  EXPECT_FALSE(Exists(p("c.txt")));
+}
+
+TEST_F(FileMgrTest, DeleteRemovesReadOnlyTreesButNotWhatLinksPointTo) {
+  test::MakeDir(p("outside"));
+  WriteFile(p("outside/keep"), "keep");
+  const std::string tree = p("tree");
+  std::string why;
+  test::GiveToUnprivileged(dir.path(), dir.path());
+  const int result = test::RunUnprivileged(
+      [&]() -> int {
+        ::mkdir(tree.c_str(), 0777);
+        ::mkdir((tree + "/sub").c_str(), 0777);
+        WriteFile(tree + "/sub/ro.txt", "r");
+        WriteFile(tree + "/top.txt", "t");
+        if (::symlink(p("outside").c_str(), (tree + "/link").c_str()) != 0) return 3;
+        platform::SetFileAttributes(base::FromUtf8(tree + "/sub/ro.txt"), platform::kAttrReadOnly);
+        platform::SetFileAttributes(base::FromUtf8(tree + "/top.txt"),
+                                    platform::kAttrReadOnly | platform::kAttrHidden | platform::kAttrSystem);
+        platform::SetFileAttributes(base::FromUtf8(tree + "/sub"), platform::kAttrReadOnly);
+        try {
+          fileMgr->Delete(base::FromUtf8(tree));
+        } catch (const base::Exception&) {
+          return 1;
+        }
+        return Exists(tree) ? 2 : 0;
+      },
+      why);
+  if (result < 0) GTEST_SKIP() << "cannot make permission bits apply: " << why;
+  EXPECT_EQ(0, result);
+  EXPECT_FALSE(Exists(tree));
+  EXPECT_EQ("keep", ReadFile(p("outside/keep")));
+  // A single read-only file, and nothing at all.
+  WriteFile(p("single"), "s");
+  platform::SetFileAttributes(w("single"), platform::kAttrReadOnly);
+  fileMgr->Delete(w("single"));
+  EXPECT_FALSE(Exists(p("single")));
+  fileMgr->Delete(w("single"));
+}
+
+TEST_F(FileMgrTest, InternalCreateMakesFilesAndFolders) {
+  fileMgr->InternalCreate(w("new/deep/folder"), true);
+  fileMgr->InternalCreate(w("new/deep/folder"), true);
+  fileMgr->InternalCreate(w("new/empty.txt"), false);
+  EXPECT_TRUE(base::Directory::exists(w("new/deep/folder")));
+  EXPECT_EQ("", ReadFile(p("new/empty.txt")));
+  EXPECT_TRUE(test::Exists(p("new/empty.txt")));
+}
+
+TEST_F(FileMgrTest, InternalRenameAndDeleteGoThroughTheTemporaryName) {
+  WriteFile(p("a.txt"), "a");
+  Tag(w("a.txt"));
+  WriteFile(TempOf("a.txt"), "stale leftover");
+  fileMgr->InternalRename(w("a.txt"), w("b.txt"), kDocId);
+  EXPECT_EQ("a", ReadFile(p("b.txt")));
+  EXPECT_EQ("11111", Tags(w("b.txt")));
+  EXPECT_FALSE(Exists(p("a.txt")));
+  EXPECT_FALSE(Exists(TempOf("a.txt")));
+
+  test::MakeDir(p("folder"));
+  WriteFile(p("folder/x"), "x");
+  fileMgr->InternalDelete(w("folder"), kDocId);
+  EXPECT_FALSE(Exists(p("folder")));
+  EXPECT_FALSE(Exists(TempOf("folder")));
+}
+
+// What an interrupted operation left at the temporary name is the item itself: the next
+// operation on it finishes the job instead of throwing it away.
+TEST_F(FileMgrTest, AnItemLeftAtTheTemporaryNameIsCarriedOn) {
+  WriteFile(TempOf("a.txt"), "only copy");
+  fileMgr->InternalRename(w("a.txt"), w("b.txt"), kDocId);
+  EXPECT_EQ("only copy", ReadFile(p("b.txt")));
+
+  WriteFile(TempOf("c.txt"), "moving");
+  fileMgr->MoveNoADS(w("c.txt"), w("out/c.txt"), kDocId);
+  EXPECT_EQ("moving", ReadFile(p("out/c.txt")));
+
+  WriteFile(TempOf("d.txt"), "deleting");
+  fileMgr->InternalDelete(w("d.txt"), kDocId);
+  EXPECT_FALSE(Exists(TempOf("d.txt")));
+}
+
+TEST_F(FileMgrTest, AFailedFinalStepLeavesTheItemAtTheTemporaryName) {
+  // The new name is taken.
+  WriteFile(p("a.txt"), "a");
+  WriteFile(p("b.txt"), "b");
+  EXPECT_THROW_CODE(fileMgr->InternalRename(w("a.txt"), w("b.txt"), kDocId), 183);
+  EXPECT_EQ("a", ReadFile(TempOf("a.txt")));
+  EXPECT_EQ("b", ReadFile(p("b.txt")));
+  // The new name's folder is missing.
+  WriteFile(p("c.txt"), "c");
+  EXPECT_THROW_CODE(fileMgr->InternalRename(w("c.txt"), w("missing/c.txt"), kDocId), 3);
+  EXPECT_EQ("c", ReadFile(TempOf("c.txt")));
+
+  // The target folder refuses new entries.
+  test::MakeDir(p("locked"));
+  test::Immutable locked(p("locked"));
+  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
+  WriteFile(p("d.txt"), "d");
+  EXPECT_THROW_CODE(fileMgr->InternalRename(w("d.txt"), w("locked/d.txt"), kDocId), 5);
+  EXPECT_EQ("d", ReadFile(TempOf("d.txt")));
+
+  WriteFile(p("e.txt"), "e");
+  Tag(w("e.txt"));
+  EXPECT_THROW_CODE(fileMgr->MoveNoADS(w("e.txt"), w("locked/e.txt"), kDocId), 5);
+  EXPECT_EQ("e", ReadFile(TempOf("e.txt")));
+  EXPECT_EQ("00000", Tags(base::FromUtf8(TempOf("e.txt"))));
+}
+
+TEST_F(FileMgrTest, AFailedFirstStepLeavesTheItemAtItsName) {
+  test::MakeDir(p("locked"));
+  WriteFile(p("locked/a.txt"), "a");
+  WriteFile(p("locked/b.txt"), "b");
+  test::MakeDir(p("locked/folder"));
+  WriteFile(p("locked/folder/f"), "f");
+  test::Immutable locked(p("locked"));
+  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
+  EXPECT_THROW_CODE(fileMgr->InternalRename(w("locked/a.txt"), w("a.txt"), kDocId), 5);
+  EXPECT_THROW_CODE(fileMgr->InternalDelete(w("locked/b.txt"), kDocId), 5);
+  EXPECT_THROW_CODE(fileMgr->MoveNoADS(w("locked/folder"), w("folder"), kDocId), 5);
+  EXPECT_THROW_CODE(fileMgr->CreateDupDoc(w("locked/a.txt"), kDocId), 5);
+  EXPECT_EQ("a", ReadFile(p("locked/a.txt")));
+  EXPECT_EQ("b", ReadFile(p("locked/b.txt")));
+  EXPECT_EQ("f", ReadFile(p("locked/folder/f")));
+}
+
+TEST_F(FileMgrTest, ADeleteThatFailsInsideLeavesTheRestAtTheTemporaryName) {
+  test::MakeDir(p("folder"));
+  WriteFile(p("folder/keep"), "k");
+  test::Immutable locked(p("folder/keep"));
+  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
+  EXPECT_THROW_CODE(fileMgr->InternalDelete(w("folder"), kDocId), 5);
+  EXPECT_EQ("k", ReadFile(TempOf("folder") + "/keep"));
+  test::SetImmutable(TempOf("folder") + "/keep", false);
+}
+
+TEST_F(FileMgrTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolder) {
+  test::MakeDir(p("sub"));
+  WriteFile(p("sub/x.txt"), "first");
+  Tag(w("sub/x.txt"));
+  const String unsync = pathMgr->GetUnsyncDocPath();
+  const String first = fileMgr->CreateDupDoc(w("sub/x.txt"), kDocId);
+  EXPECT_EQ(base::Path::combine(unsync, u"sub/x.txt"), first);
+  EXPECT_EQ("first", ReadFile(base::ToUtf8(first)));
+  EXPECT_EQ("01110", Tags(first));  // no longer that document, no error; delay, status and view stay
+  const std::string desktop = ReadFile(base::ToUtf8(unsync) + "/.directory");
+  EXPECT_NE(std::string::npos, desktop.find("Comment=Z-Unsynchronized Documents\n")) << desktop;
+  EXPECT_NE(std::string::npos, desktop.find("X-Kestrove-IconIndex=12\n")) << desktop;
+
+  WriteFile(p("sub/x.txt"), "second");
+  EXPECT_EQ(base::Path::combine(unsync, u"sub/x (2).txt"), fileMgr->CreateDupDoc(w("sub/x.txt"), kDocId));
+
+  test::TempDir outside;
+  WriteFile(outside.path() + "/far.txt", "far");
+  EXPECT_EQ(base::Path::combine(unsync, u"far.txt"), fileMgr->CreateDupDoc(outside.child("far.txt"), kDocId));
+
+  // The unsynchronised folder refuses the duplicate: it waits at the temporary name.
+  test::Immutable locked(base::ToUtf8(unsync) + "/sub");
+  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
+  WriteFile(p("sub/x.txt"), "third");
+  EXPECT_THROW_CODE(fileMgr->CreateDupDoc(w("sub/x.txt"), kDocId), 5);
+  EXPECT_EQ("third", ReadFile(TempOf("sub/x.txt")));
+}
+
+TEST_F(FileMgrTest, FoldersGetTheIconAndTextOfTheirFirstKind) {
+  const struct {
+    int docType;
+    const char* comment;  // nullptr: no display text
+    int icon;
+  } folders[] = {
+      {5, "1-My Documents", 5}, {4, "5-Organization Documents-Finance", 9}, {48, "6-Archive", 10},
+      {32, "2-My Groups", 8},   {0, nullptr, 0},
+  };
+  for (const auto& f : folders) {
+    test::MakeDir(p("top"));
+    fileMgr->CustomizeFolder(w("top"), f.docType, u"Finance");
+    const std::string desktop = ReadFile(p("top/.directory"));
+    EXPECT_EQ(f.comment ? std::string("Comment=") + f.comment + "\n" : std::string(),
+              desktop.substr(desktop.find("Comment=") == std::string::npos ? desktop.size() : desktop.find("Comment=")))
+        << f.docType;
+    EXPECT_NE(std::string::npos, desktop.find("X-Kestrove-IconIndex=" + std::to_string(f.icon) + "\n")) << f.docType;
+    EXPECT_NE(std::string::npos, desktop.find("tray.rfa\n")) << desktop;
+  }
+  for (const auto& v : {std::make_pair(9, 1), std::make_pair(34, 2), std::make_pair(4, 3), std::make_pair(16, 4),
+                        std::make_pair(64, 0)}) {
+    fileMgr->CustomizeVrFolder(w("top"), v.first);
+    const std::string desktop = ReadFile(p("top/.directory"));
+    EXPECT_EQ(std::string::npos, desktop.find("Comment="));
+    EXPECT_NE(std::string::npos, desktop.find("X-Kestrove-IconIndex=" + std::to_string(v.second) + "\n"))
+        << v.first;
+  }
+}
+
+TEST_F(FileMgrTest, ANullPathManagerIsRefused) {
+  EXPECT_THROW_CODE_MESSAGE(NC_NEW(ncFileMgr, nullptr), 2, u"Argument (pathMgr) is NULL.");
+}
+
+}  // namespace
