@@ -21,7 +21,10 @@ Interface* AddRefed(Manager* manager) {
 
 NC_IMPL_HEAP_ISUPPORTS1(ncDocMgr, ncIDocMgr)
 
-ncDocMgr::ncDocMgr() : pathMgr_(NC_NEW(ncPathMgr)) { NC_TRACE(u"this: 0x%p", this); }
+ncDocMgr::ncDocMgr()
+    : pathMgr_(NC_NEW(ncPathMgr)), fileMgr_(NC_NEW(ncFileMgr, pathMgr_.get())), adsMgr_(NC_NEW(ncADSMgr)) {
+  NC_TRACE(u"this: 0x%p", this);
+}
 
 ncDocMgr::~ncDocMgr() { NC_TRACE(u"this: 0x%p", this); }
 
@@ -50,6 +53,17 @@ void ncDocMgr::Init(const String& rootPath, const String& logRootPath, const std
   logPathMgr->Init(logRootPath, false);
   const String logData = logPathMgr->GetDBPath();
   CreateHiddenDirectory(logData);
+
+  CustomizeTopFolders();
+}
+
+void ncDocMgr::CustomizeTopFolders() {
+  const String root = pathMgr_->GetRootPath();
+  for (const ncTopFolderInfo& folder : topFolders_) {
+    if (folder.name.empty()) continue;
+    const String path = base::Path::combine(root, folder.name);
+    if (base::Directory::exists(path)) fileMgr_->CustomizeFolder(path, folder.docType, folder.typeName);
+  }
 }
 
 void ncDocMgr::IniLocalSync(const String& path) {
@@ -66,6 +80,7 @@ void ncDocMgr::AddLocalSync(const String& path) {
   NC_CHECK_PATH(path);
   LocalSync entry;
   entry.pathMgr = NC_NEW(ncPathMgr);
+  entry.fileMgr = NC_NEW(ncFileMgr, entry.pathMgr.get());
   entry.pathMgr->Init(path, true);
   entry.pathMgr->SetUserName(userName_);
   CreateHiddenDirectory(entry.pathMgr->GetDBPath());
@@ -119,17 +134,19 @@ ncIPathMgr* ncDocMgr::GetPathMgr(const String& path) {
   return entry ? AddRefed<ncIPathMgr>(entry->pathMgr.get()) : nullptr;
 }
 
-// The managers below arrive with their stores; until then the facade has none to hand out.
-ncIFileMgr* ncDocMgr::GetFileMgr(const String&) {
+ncIFileMgr* ncDocMgr::GetFileMgr(const String& path) {
   NC_TRACE(u"this: 0x%p", this);
-  return nullptr;
+  if (path.empty()) return AddRefed<ncIFileMgr>(fileMgr_.get());
+  const LocalSync* entry = FindLocalSync(path);
+  return entry ? AddRefed<ncIFileMgr>(entry->fileMgr.get()) : nullptr;
 }
 
 ncIADSMgr* ncDocMgr::GetADSMgr() {
   NC_TRACE(u"this: 0x%p", this);
-  return nullptr;
+  return AddRefed<ncIADSMgr>(adsMgr_.get());
 }
 
+// The managers below arrive with their stores; until then the facade has none to hand out.
 ncICacheMgr* ncDocMgr::GetCacheMgr(const String&) {
   NC_TRACE(u"this: 0x%p", this);
   return nullptr;

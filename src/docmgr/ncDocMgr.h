@@ -5,8 +5,10 @@
 #include <map>
 #include <vector>
 
+#include "docmgr/ncADSMgr.h"
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/ncFileMgr.h"
 #include "docmgr/ncPathMgr.h"
 #include "docmgr/public/ncIDocMgr.h"
 #include "xpcom/nsCOMPtr.h"
@@ -41,14 +43,19 @@ class ncDocMgr : public ncIDocMgr {
   // The managers of one additional local sync root.
   struct LocalSync {
     nsCOMPtr<ncPathMgr> pathMgr;
+    nsCOMPtr<ncFileMgr> fileMgr;
   };
 
   // The entry of a local sync root, or null; "" selects none.
   const LocalSync* FindLocalSync(const String& path) const;
   static void CreateHiddenDirectory(const String& path);
   void CloseLocalSync(LocalSync& entry);
+  // Gives each top folder that exists under the root its icon and display text.
+  void CustomizeTopFolders();
 
   nsCOMPtr<ncPathMgr> pathMgr_;
+  nsCOMPtr<ncFileMgr> fileMgr_;
+  nsCOMPtr<ncADSMgr> adsMgr_;
   std::vector<ncTopFolderInfo> topFolders_;
   bool isNewView_ = false;
   std::map<String, LocalSync> localSyncs_;
