@@ -245,15 +245,6 @@ TEST_F(FileMgrTest, DeleteRemovesReadOnlyTreesButNotWhatLinksPointTo) {
   fileMgr->Delete(w("single"));
 }
 
-TEST_F(FileMgrTest, InternalCreateMakesFilesAndFolders) {
-  fileMgr->InternalCreate(w("new/deep/folder"), true);
-  fileMgr->InternalCreate(w("new/deep/folder"), true);
-  fileMgr->InternalCreate(w("new/empty.txt"), false);
-  EXPECT_TRUE(base::Directory::exists(w("new/deep/folder")));
-  EXPECT_EQ("", ReadFile(p("new/empty.txt")));
-  EXPECT_TRUE(test::Exists(p("new/empty.txt")));
-}
-
 TEST_F(FileMgrTest, InternalRenameAndDeleteGoThroughTheTemporaryName) {
   WriteFile(p("a.txt"), "a");
   Tag(w("a.txt"));
@@ -372,29 +363,24 @@ TEST_F(FileMgrTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolder) {
 TEST_F(FileMgrTest, FoldersGetTheIconAndTextOfTheirFirstKind) {
   const struct {
     int docType;
+    bool vr;
     const char* comment;  // nullptr: no display text
     int icon;
   } folders[] = {
-      {5, "1-My Documents", 5}, {4, "5-Organization Documents-Finance", 9}, {48, "6-Archive", 10},
-      {32, "2-My Groups", 8},   {0, nullptr, 0},
+      {5, false, "1-My Documents", 5}, {4, false, "5-Organization Documents-Finance", 9}, {0, false, nullptr, 0},
+      {9, true, nullptr, 1},           {36, true, nullptr, 2},                            {64, true, nullptr, 0},
   };
+  test::MakeDir(p("top"));
   for (const auto& f : folders) {
-    test::MakeDir(p("top"));
-    fileMgr->CustomizeFolder(w("top"), f.docType, u"Finance");
+    if (f.vr) fileMgr->CustomizeVrFolder(w("top"), f.docType);
+    else fileMgr->CustomizeFolder(w("top"), f.docType, u"Finance");
     const std::string desktop = ReadFile(p("top/.directory"));
+    const size_t comment = desktop.find("Comment=");
     EXPECT_EQ(f.comment ? std::string("Comment=") + f.comment + "\n" : std::string(),
-              desktop.substr(desktop.find("Comment=") == std::string::npos ? desktop.size() : desktop.find("Comment=")))
+              comment == std::string::npos ? std::string() : desktop.substr(comment))
         << f.docType;
     EXPECT_NE(std::string::npos, desktop.find("X-Kestrove-IconIndex=" + std::to_string(f.icon) + "\n")) << f.docType;
     EXPECT_NE(std::string::npos, desktop.find("tray.rfa\n")) << desktop;
-  }
-  for (const auto& v : {std::make_pair(9, 1), std::make_pair(34, 2), std::make_pair(4, 3), std::make_pair(16, 4),
-                        std::make_pair(64, 0)}) {
-    fileMgr->CustomizeVrFolder(w("top"), v.first);
-    const std::string desktop = ReadFile(p("top/.directory"));
-    EXPECT_EQ(std::string::npos, desktop.find("Comment="));
-    EXPECT_NE(std::string::npos, desktop.find("X-Kestrove-IconIndex=" + std::to_string(v.second) + "\n"))
-        << v.first;
   }
 }
 
