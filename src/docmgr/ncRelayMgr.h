@@ -1,0 +1,53 @@
+// Resume records of interrupted transfers in nonius.db: tb_upload_nonius and
+// tb_download_nonius, one row per transfer keyed by its local source path, and the codec
+// of an upload's list of blocks still to send.
+#pragma once
+
+#include "docmgr/ncDBMgr.h"
+#include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/public/ncIRelayMgr.h"
+#include "xpcom/nsCOMPtr.h"
+
+class ncRelayMgr : public ncIRelayMgr {
+  NC_DECL_ISUPPORTS
+ public:
+  ncRelayMgr();
+
+  void Init(const String& path);
+  void Close();
+
+  void UpdateUploadNonius(const ncUploadNonius& info) override;
+  bool GetUploadNoniusByPath(const String& path, ncUploadNonius& info) override;
+  bool HasUploadNoniusWithPath(const String& path) override;
+  bool ListUploadNonius(std::vector<ncUploadNonius>& list, bool all) override;
+  bool ListUploadNoniusWithStatus2(std::vector<ncUploadNonius>& list) override;
+  void UpdateUploadNoniusUnuploadBlocks(const String& path, const String& unUploadBlocks, int status) override;
+  void UpdateUploadNoniusDuration(const String& path, int64_t duration) override;
+  void UpdateUploadNonius_Pause(const String& path, double ratios, int status) override;
+  void DeleteUploadNonius(const String& path) override;
+
+  bool ParseUnuploadBlocks(const String& unUploadBlocks, const int32_t& maxNum, std::set<int32_t>& blocks) override;
+  bool DeleteFormUnupload(String& unUploadBlocks, const int32_t& blockId) override;
+  bool UpdateUnuploadWithMaxId(const int32_t& maxId, String& unUploadBlocks) override;
+  bool GetUnuploadNum(const String& unUploadBlocks, uint32_t& num) override;
+
+  void UpdateDownloadNonius(const ncDownloadNonius& info) override;
+  bool GetDownloadNoniusByPath(const String& path, ncDownloadNonius& info) override;
+  bool ListDownloadNonius(std::vector<ncDownloadNonius>& list, bool all) override;
+  bool ListDownloadNoniusWithStatus2(std::vector<ncDownloadNonius>& list) override;
+  void UpdateDownloadNoniusRange(const String& path, int64_t range, int status, int64_t lastModified) override;
+  void UpdateDownloadNonius_Pause(const String& path, double ratios, int status) override;
+  void DeleteDownloadNonius(const String& path) override;
+
+  // A progress fraction as stored: the integer part of ratio x 10000 (toward zero).
+  static int32_t EncodeRatio(double ratio);
+
+ protected:
+  virtual ~ncRelayMgr();
+
+ private:
+  bool ReadUploads(const String& sql, std::vector<ncUploadNonius>& list);
+  bool ReadDownloads(const String& sql, std::vector<ncDownloadNonius>& list);
+
+  nsCOMPtr<ncDBMgr> dbMgr_;
+};
