@@ -1,0 +1,40 @@
+// The sync log: a journal of file events in log.db, split by log type. Types 0 to 3 are
+// capped inside the database: when a type reaches 50,000 entries, its oldest 25,000 go.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "base/String.h"
+#include "xpcom/nsISupports.h"
+
+// One entry of the log. The log type is not part of the entry; every call names it.
+struct ncSyncLogInfo {
+  int64_t id = 0;         // assigned by the database
+  int32_t taskType = 0;   // the caller's code for the task that produced the entry
+  base::String relPath;   // relative path of the item
+  base::String newName;   // new name, for renames
+  int64_t size = 0;
+  int64_t time = 0;
+  base::String remark;
+};
+
+class ncILogMgr : public nsISupports {
+ public:
+  NS_DECLARE_STATIC_IID_ACCESSOR({0x02DFE9BF, 0xC93E, 0x41AB, {0xB3, 0x3A, 0x5C, 0xD7, 0x4F, 0xC8, 0x5A, 0x48}})
+
+  // Adds a visible entry; info.id is not read.
+  virtual void RecordSyncLog(int logType, const ncSyncLogInfo& info) = 0;
+  // A page of the visible entries counted back from the newest: begin 1 and end 20 give
+  // the 20 newest, in storage order. total is the number of visible entries of the type.
+  // begin > end or begin > total throws code 2.
+  virtual void GetSyncLog(int logType, std::vector<ncSyncLogInfo>& out, uint32_t begin, uint32_t end,
+                          uint32_t& total) = 0;
+  virtual void ClearSyncLog(int logType) = 0;
+  // Hidden entries are kept (and still count towards the cap) but no longer listed.
+  virtual void HideAllSyncLog(int logType) = 0;
+  virtual void HideSyncLog(const int64_t& id) = 0;
+  // The visible entries newer than id, newest first; with id 0 the 200 newest.
+  virtual void GetSyncLogById(int logType, std::vector<ncSyncLogInfo>& out, const int64_t& id,
+                              uint32_t& total) = 0;
+};

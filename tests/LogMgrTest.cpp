@@ -1,0 +1,286 @@
+// The sync log in a real log.db: paging, hiding, the per-type cap kept by the triggers, and
+// the repair of a log.db that holds the old delete trigger.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <string>
+
+#include "TestSupport.h"
+#include "docmgr/ncLogMgr.h"
+#include "docmgr/ncModuleAllocator.h"
+
+namespace {
+
+// A second, raw connection to the same file, to look behind the store and to build files.
+class RawDb {
+ public:
+  explicit RawDb(const String& path) { sqlite3_open(base::ToUtf8(path).c_str(), &db_); }
+  ~RawDb() { sqlite3_close(db_); }
+  // "" on success, else SQLite's message.
+  std::string Exec(const std::string& sql) {
+    char* error = nullptr;
+    const int rc = sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, &error);
+    std::string message = rc == SQLITE_OK ? "" : (error ? error : "error");
+    sqlite3_free(error);
+    return message;
+  }
+  int64_t Number(const std::string& sql) {
+    sqlite3_stmt* statement = nullptr;
+    int64_t value = -1;
+    if (sqlite3_prepare_v2(db_, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
+        sqlite3_step(statement) == SQLITE_ROW)
+      value = sqlite3_column_int64(statement, 0);
+    sqlite3_finalize(statement);
+    return value;
+  }
+  std::string Text(const std::string& sql) {
+    sqlite3_stmt* statement = nullptr;
+    std::string value;
+    if (sqlite3_prepare_v2(db_, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
+        sqlite3_step(statement) == SQLITE_ROW && sqlite3_column_text(statement, 0))
+      value = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+    sqlite3_finalize(statement);
+    return value;
+  }
+  // Inserts count entries of a type in one statement; the triggers fire for each row.
+  void Fill(int logType, int count) {
+    ASSERT_EQ("", Exec("with recursive n(i) as (select 1 union all select i + 1 from n where i < " +
+                       std::to_string(count) + ") insert into tb_synclog select NULL, " + std::to_string(logType) +
+                       ", 1, 'bulk\\' || i, '', i, i, '', 1 from n"));
+  }
+  int64_t Counter(int logType) {
+    return Number("select logCount from tb_logstat where logType = " + std::to_string(logType));
+  }
+  int64_t Rows(int logType) {
+    return Number("select count(*) from tb_synclog where logType = " + std::to_string(logType));
+  }
+
+ private:
+  sqlite3* db_ = nullptr;
+};
+
+ncSyncLogInfo Entry(const String& relPath, int64_t time) {
+  ncSyncLogInfo info;
+  info.taskType = 2;
+  info.relPath = relPath;
+  info.newName = u"new";
+  info.size = 10 * time;
+  info.time = time;
+  info.remark = u"r";
+  return info;
+}
+
+std::vector<int64_t> Times(const std::vector<ncSyncLogInfo>& entries) {
+  std::vector<int64_t> times;
+  for (const ncSyncLogInfo& e : entries) times.push_back(e.time);
+  return times;
+}
+
+class LogMgrTest : public ::testing::Test {
+ protected:
+  void SetUp() override { Open(); }
+  void TearDown() override { log->Close(); }
+  void Open() {
+    log = NC_NEW(ncLogMgr);
+    log->Init(path);
+  }
+  // Entries of the type with times first..last.
+  void Record(int logType, int first, int last) {
+    for (int time = first; time <= last; ++time) log->RecordSyncLog(logType, Entry(base::Format(u"f%d", time), time));
+  }
+
+  test::TempDir dir;
+  const String path = dir.child("log.db");
+  nsCOMPtr<ncLogMgr> log;
+};
+
+TEST_F(LogMgrTest, PagesCountBackFromTheNewestEntry) {
+  Record(1, 1, 30);
+  Record(2, 100, 104);
+  std::vector<ncSyncLogInfo> page;
+  uint32_t total = 0;
+  log->GetSyncLog(1, page, 1, 20, total);
+  EXPECT_EQ(30u, total);
+  ASSERT_EQ(20u, page.size());
+  EXPECT_EQ(11, page.front().time);
+  EXPECT_EQ(30, page.back().time);
+  EXPECT_EQ(u"f30", page.back().relPath);
+  EXPECT_EQ(300, page.back().size);
+  log->GetSyncLog(1, page, 21, 30, total);
+  EXPECT_EQ((std::vector<int64_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}), Times(page));
+  // begin 0 and end 0: one row past the last, so nothing; an empty type pages to nothing too.
+  log->GetSyncLog(1, page, 0, 0, total);
+  EXPECT_TRUE(page.empty());
+  log->GetSyncLog(3, page, 0, 5, total);
+  EXPECT_TRUE(page.empty());
+  EXPECT_EQ(0u, total);
+
+  page.resize(3);
+  EXPECT_THROW_CODE_MESSAGE(log->GetSyncLog(1, page, 3, 2, total), 2,
+                            u"Invalid param: begin\uFF1A3\uFF0Cend\uFF1A2, total\uFF1A30");
+  EXPECT_TRUE(page.empty());
+  EXPECT_THROW_CODE_MESSAGE(log->GetSyncLog(2, page, 6, 9, total), 2,
+                            u"Invalid param: begin\uFF1A6\uFF0Cend\uFF1A9, total\uFF1A5");
+}
+
+TEST_F(LogMgrTest, NewestFirstByIdAndHiddenEntries) {
+  Record(0, 1, 250);
+  std::vector<ncSyncLogInfo> entries;
+  uint32_t total = 0;
+  log->GetSyncLogById(0, entries, 0, total);
+  EXPECT_EQ(250u, total);
+  ASSERT_EQ(200u, entries.size());
+  EXPECT_EQ(250, entries.front().time);
+  EXPECT_EQ(51, entries.back().time);
+
+  const int64_t id247 = entries[3].id;
+  entries.clear();
+  log->GetSyncLogById(0, entries, id247, total);
+  EXPECT_EQ((std::vector<int64_t>{250, 249, 248}), Times(entries));
+
+  // Hidden entries leave the listings and the total but stay in the counter.
+  log->HideSyncLog(id247 + 1);
+  entries.clear();
+  log->GetSyncLogById(0, entries, id247, total);
+  EXPECT_EQ((std::vector<int64_t>{250, 249}), Times(entries));
+  EXPECT_EQ(249u, total);
+  log->HideAllSyncLog(0);
+  log->GetSyncLog(0, entries, 0, 20, total);
+  EXPECT_EQ(0u, total);
+  EXPECT_TRUE(entries.empty());
+  RawDb raw(path);
+  EXPECT_EQ(250, raw.Counter(0));
+
+  // Clearing removes the type's entries, hidden or not, and its counter follows.
+  Record(3, 1, 2);
+  log->ClearSyncLog(0);
+  EXPECT_EQ(0, raw.Rows(0));
+  EXPECT_EQ(0, raw.Counter(0));
+  EXPECT_EQ(2, raw.Counter(3));
+}
+
+TEST_F(LogMgrTest, TextRoundTripsIntact) {
+  ncSyncLogInfo info = Entry(u"O'Brien\\100% 报告\\%s %d 'quoted'.txt", -5);
+  info.newName = u"新的 '名字' %%";
+  info.remark = u"remark: 50% done, it''s \"fine\"";
+  info.size = INT64_MAX;
+  info.taskType = -3;
+  log->RecordSyncLog(2, info);
+  std::vector<ncSyncLogInfo> entries;
+  uint32_t total = 0;
+  log->GetSyncLog(2, entries, 1, 1, total);
+  ASSERT_EQ(1u, entries.size());
+  EXPECT_EQ(info.relPath, entries[0].relPath);
+  EXPECT_EQ(info.newName, entries[0].newName);
+  EXPECT_EQ(info.remark, entries[0].remark);
+  EXPECT_EQ(info.size, entries[0].size);
+  EXPECT_EQ(info.time, entries[0].time);
+  EXPECT_EQ(info.taskType, entries[0].taskType);
+  EXPECT_GT(entries[0].id, 0);
+}
+
+// 60,000 entries of one type: the oldest are trimmed at 50,000 and the counter stays equal
+// to the number of entries. A type without a counter is never trimmed.
+TEST_F(LogMgrTest, TheCapHoldsAndTheCounterMatches) {
+  {
+    RawDb raw(path);
+    raw.Fill(1, 45000);
+    raw.Fill(7, 50000);
+  }
+  Record(1, 45001, 60000);
+  log->RecordSyncLog(7, Entry(u"uncounted", 1));
+  RawDb raw(path);
+  const int64_t rows = raw.Rows(1);
+  EXPECT_GE(rows, 25000);
+  EXPECT_LE(rows, 50000);
+  EXPECT_EQ(rows, raw.Counter(1));
+  EXPECT_EQ(0, raw.Number("select count(*) from tb_synclog where logType = 1 and time <= 60000 - " +
+                          std::to_string(rows)));  // the oldest went
+  EXPECT_EQ(50001, raw.Rows(7));
+  EXPECT_EQ(-1, raw.Counter(7));
+}
+
+TEST(LogMgrInitTest, RefusesAnInvalidPath) {
+  nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
+  EXPECT_THROW_CODE_MESSAGE(log->Init(u""), 2, u"Path () is INVALID.");
+  log->Close();
+}
+
+// A log.db from an earlier release: its delete trigger reads new.logType, which makes
+// current SQLite refuse every insert and delete, and its counters are off.
+enum class Planting { Created, WrittenIntoSchema };
+
+class LogRepairTest : public ::testing::TestWithParam<Planting> {};
+
+const char kOldDeleteTrigger[] =
+    "create trigger if not exists trg_deletelog after delete on tb_synclog begin update tb_logstat set logCount = "
+    "logCount - 1 where logType = new.logType; end";
+
+void BuildOldLogDb(const String& path, Planting planting) {
+  RawDb raw(path);
+  ASSERT_EQ("", raw.Exec("create table tb_synclog ( id INTEGER PRIMARY KEY, logType int, taskType int, relPath text, "
+                         "newName text, size int, time int, remark text, visible bool)"));
+  ASSERT_EQ("", raw.Exec("create table tb_logstat ( logType int PRIMARY KEY, logCount int)"));
+  ASSERT_EQ("", raw.Exec("insert into tb_logstat values (0, 999), (1, 7), (2, 0), (3, 0)"));
+  raw.Fill(0, 10);
+  raw.Fill(2, 5);
+  ASSERT_EQ("", raw.Exec("update tb_synclog set visible = 0 where id = 1"));
+  ASSERT_EQ("", raw.Exec("create trigger trg_cleanlog after insert on tb_synclog when (select logCount from "
+                         "tb_logstat where logType = new.logType) >= 50000 begin delete from tb_synclog where id in "
+                         "(select id from tb_synclog where logType = new.logType limit 25000); end"));
+  ASSERT_EQ("", raw.Exec("create trigger trg_insertlog after insert on tb_synclog begin update tb_logstat set "
+                         "logCount = logCount + 1 where logType = new.logType; end"));
+  if (planting == Planting::Created) {
+    ASSERT_EQ("", raw.Exec(kOldDeleteTrigger));
+  } else {
+    ASSERT_EQ("", raw.Exec("PRAGMA writable_schema=ON"));
+    ASSERT_EQ("", raw.Exec(std::string("insert into sqlite_master values('trigger', 'trg_deletelog', 'tb_synclog', "
+                                       "0, '") + kOldDeleteTrigger + "')"));
+    ASSERT_EQ("", raw.Exec("PRAGMA writable_schema=OFF"));
+  }
+}
+
+TEST_P(LogRepairTest, InitReplacesTheOldDeleteTriggerAndRecounts) {
+  test::TempDir dir;
+  const String path = dir.child("log.db");
+  BuildOldLogDb(path, GetParam());
+  {
+    RawDb raw(path);
+    EXPECT_EQ("no such column: new.logType", raw.Exec("insert into tb_synclog values(NULL, 0, 1, 'x', '', 0, 0, '', 1)"));
+    EXPECT_EQ("no such column: new.logType", raw.Exec("delete from tb_synclog where logType = 2"));
+  }
+
+  nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
+  log->Init(path);
+  RawDb raw(path);
+  EXPECT_NE(std::string::npos,
+            raw.Text("select sql from sqlite_master where name = 'trg_deletelog'").find("old.logType"));
+  EXPECT_EQ(15, raw.Number("select count(*) from tb_synclog"));
+  EXPECT_EQ(10, raw.Counter(0));
+  EXPECT_EQ(0, raw.Counter(1));
+  EXPECT_EQ(5, raw.Counter(2));
+  std::vector<ncSyncLogInfo> entries;
+  uint32_t total = 0;
+  log->GetSyncLog(0, entries, 1, 20, total);
+  EXPECT_EQ(9u, total);  // the hidden entry stays hidden
+
+  log->RecordSyncLog(0, Entry(u"after repair", 11));
+  log->ClearSyncLog(2);
+  EXPECT_EQ(11, raw.Counter(0));
+  EXPECT_EQ(0, raw.Counter(2));
+  log->Close();
+
+  // A repaired file is left alone on the next start.
+  nsCOMPtr<ncLogMgr> again(NC_NEW(ncLogMgr));
+  ASSERT_EQ("", raw.Exec("update tb_logstat set logCount = 40 where logType = 3"));
+  again->Init(path);
+  EXPECT_EQ(40, raw.Counter(3));
+  again->Close();
+}
+
+INSTANTIATE_TEST_SUITE_P(OldFiles, LogRepairTest, ::testing::Values(Planting::Created, Planting::WrittenIntoSchema),
+                         [](const ::testing::TestParamInfo<Planting>& info) {
+                           return info.param == Planting::Created ? "Created" : "WrittenIntoSchema";
+                         });
+
+}  // namespace
