@@ -1,0 +1,30 @@
+// The message store in msg.db: one row of tb_msg per message the server sent the user.
+#pragma once
+
+#include "docmgr/ncDBMgr.h"
+#include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/public/ncIMsgMgr.h"
+#include "xpcom/nsCOMPtr.h"
+
+class ncMsgMgr : public ncIMsgMgr {
+  NC_DECL_ISUPPORTS
+ public:
+  ncMsgMgr();
+
+  void Init(const String& path);
+  void Close();
+
+  void RecordMsg(const std::vector<ncMsgInfo>& msgs) override;
+  void GetMsg(int num, std::vector<ncMsgInfo>& out) override;
+  void CleanupMsg(int surplus) override;
+  void UpdateUnreadMsg(const std::vector<String>& msgIds) override;
+  int32_t GetUnreadMsgNum() override;
+  int64_t GetMaxStamp() override;
+  void UpdateAndFilterMsg(const std::vector<ncMsgInfo>& msgs, std::vector<ncMsgInfo>& newMsgs) override;
+
+ protected:
+  virtual ~ncMsgMgr();
+
+ private:
+  nsCOMPtr<ncDBMgr> dbMgr_;
+};
