@@ -22,7 +22,12 @@ Interface* AddRefed(Manager* manager) {
 NC_IMPL_HEAP_ISUPPORTS1(ncDocMgr, ncIDocMgr)
 
 ncDocMgr::ncDocMgr()
-    : pathMgr_(NC_NEW(ncPathMgr)), fileMgr_(NC_NEW(ncFileMgr, pathMgr_.get())), adsMgr_(NC_NEW(ncADSMgr)) {
+    : pathMgr_(NC_NEW(ncPathMgr)),
+      fileMgr_(NC_NEW(ncFileMgr, pathMgr_.get())),
+      adsMgr_(NC_NEW(ncADSMgr)),
+      logMgr_(NC_NEW(ncLogMgr)),
+      msgMgr_(NC_NEW(ncMsgMgr)),
+      relayMgr_(NC_NEW(ncRelayMgr)) {
   NC_TRACE(u"this: 0x%p", this);
 }
 
@@ -54,6 +59,10 @@ void ncDocMgr::Init(const String& rootPath, const String& logRootPath, const std
   const String logData = logPathMgr->GetDBPath();
   CreateHiddenDirectory(logData);
 
+  logMgr_->Init(base::Path::combine(logData, u"log.db"));
+  msgMgr_->Init(base::Path::combine(logData, u"msg.db"));
+  relayMgr_->Init(base::Path::combine(mainData, u"nonius.db"));
+
   CustomizeTopFolders();
 }
 
@@ -81,13 +90,18 @@ void ncDocMgr::AddLocalSync(const String& path) {
   LocalSync entry;
   entry.pathMgr = NC_NEW(ncPathMgr);
   entry.fileMgr = NC_NEW(ncFileMgr, entry.pathMgr.get());
+  entry.relayMgr = NC_NEW(ncRelayMgr);
   entry.pathMgr->Init(path, true);
   entry.pathMgr->SetUserName(userName_);
-  CreateHiddenDirectory(entry.pathMgr->GetDBPath());
+  const String data = entry.pathMgr->GetDBPath();
+  CreateHiddenDirectory(data);
+  entry.relayMgr->Init(base::Path::combine(data, u"nonius.db"));
   localSyncs_[path] = entry;
 }
 
-void ncDocMgr::CloseLocalSync(LocalSync& /*entry*/) {}
+void ncDocMgr::CloseLocalSync(LocalSync& entry) {
+  if (entry.relayMgr) entry.relayMgr->Close();
+}
 
 void ncDocMgr::RemoveLocalSync(const String& path) {
   const auto entry = localSyncs_.find(path);
@@ -113,6 +127,9 @@ void ncDocMgr::GetLocalSyncs(std::vector<String>& roots) {
 
 void ncDocMgr::Close() {
   NC_TRACE(u"this: 0x%p", this);
+  if (logMgr_) logMgr_->Close();
+  if (msgMgr_) msgMgr_->Close();
+  if (relayMgr_) relayMgr_->Close();
   for (auto& entry : localSyncs_) CloseLocalSync(entry.second);
   localSyncs_.clear();
 }
@@ -154,17 +171,19 @@ ncICacheMgr* ncDocMgr::GetCacheMgr(const String&) {
 
 ncILogMgr* ncDocMgr::GetLogMgr() {
   NC_TRACE(u"this: 0x%p", this);
-  return nullptr;
+  return AddRefed<ncILogMgr>(logMgr_.get());
 }
 
 ncIMsgMgr* ncDocMgr::GetMsgMgr() {
   NC_TRACE(u"this: 0x%p", this);
-  return nullptr;
+  return AddRefed<ncIMsgMgr>(msgMgr_.get());
 }
 
-ncIRelayMgr* ncDocMgr::GetRelayMgr(const String&) {
+ncIRelayMgr* ncDocMgr::GetRelayMgr(const String& path) {
   NC_TRACE(u"this: 0x%p", this);
-  return nullptr;
+  if (path.empty()) return AddRefed<ncIRelayMgr>(relayMgr_.get());
+  const LocalSync* entry = FindLocalSync(path);
+  return entry ? AddRefed<ncIRelayMgr>(entry->relayMgr.get()) : nullptr;
 }
 
 ncIDBMgr* ncDocMgr::CreateDBMgr() {

@@ -9,7 +9,10 @@
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
 #include "docmgr/ncFileMgr.h"
+#include "docmgr/ncLogMgr.h"
+#include "docmgr/ncMsgMgr.h"
 #include "docmgr/ncPathMgr.h"
+#include "docmgr/ncRelayMgr.h"
 #include "docmgr/public/ncIDocMgr.h"
 #include "xpcom/nsCOMPtr.h"
 
@@ -44,6 +47,7 @@ class ncDocMgr : public ncIDocMgr {
   struct LocalSync {
     nsCOMPtr<ncPathMgr> pathMgr;
     nsCOMPtr<ncFileMgr> fileMgr;
+    nsCOMPtr<ncRelayMgr> relayMgr;
   };
 
   // The entry of a local sync root, or null; "" selects none.
@@ -56,6 +60,9 @@ class ncDocMgr : public ncIDocMgr {
   nsCOMPtr<ncPathMgr> pathMgr_;
   nsCOMPtr<ncFileMgr> fileMgr_;
   nsCOMPtr<ncADSMgr> adsMgr_;
+  nsCOMPtr<ncLogMgr> logMgr_;
+  nsCOMPtr<ncMsgMgr> msgMgr_;
+  nsCOMPtr<ncRelayMgr> relayMgr_;
   std::vector<ncTopFolderInfo> topFolders_;
   bool isNewView_ = false;
   std::map<String, LocalSync> localSyncs_;
