@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "CliCommand.h"
+#include "JournalDemo.h"
 
 namespace {
 
@@ -27,7 +28,9 @@ int Demo(CliContext& context, const std::vector<std::string>& args) {
   std::printf("Building a sample sync root in %s\n", root.c_str());
   MakeSampleTree(root);
   Step("docmgr-cli init " + root);
-  return RunCommand(context, "init", {root});
+  if (int status = RunCommand(context, "init", {root})) return status;
+  if (int status = DemoJournals(context, root)) return status;
+  return 0;
 }
 
 CLI_COMMAND("demo", "DIR", "build a sample sync root and walk through the commands", Demo);
