@@ -209,6 +209,8 @@ TEST(LogMgrInitTest, RefusesAnInvalidPath) {
 // A log.db from an earlier release: its delete trigger reads new.logType, which makes
 // current SQLite refuse every insert and delete, and its counters are off.
 enum class Planting { Created, WrittenIntoSchema };
+const char* Name(Planting planting) { return planting == Planting::Created ? "Created" : "WrittenIntoSchema"; }
+void PrintTo(Planting planting, std::ostream* out) { *out << Name(planting); }
 
 class LogRepairTest : public ::testing::TestWithParam<Planting> {};
 
@@ -279,8 +281,6 @@ TEST_P(LogRepairTest, InitReplacesTheOldDeleteTriggerAndRecounts) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OldFiles, LogRepairTest, ::testing::Values(Planting::Created, Planting::WrittenIntoSchema),
-                         [](const ::testing::TestParamInfo<Planting>& info) {
-                           return info.param == Planting::Created ? "Created" : "WrittenIntoSchema";
-                         });
+                         [](const ::testing::TestParamInfo<Planting>& info) { return Name(info.param); });
 
 }  // namespace

@@ -59,7 +59,7 @@ class ValueT {
                                     int>::type = 0>
   ValueT(T value) : type_(IntegerType), integer_(static_cast<int64_t>(value)) {}
   ValueT(double value) : type_(FloatType), float_(value) {}
-  ValueT(const Char* value) : type_(StringType), string_(value) {}
+  ValueT(const Char* value) : type_(StringType), string_(value ? value : string_type()) {}
   ValueT(const string_type& value) : type_(StringType), string_(value) {}
   ValueT(string_type&& value) : type_(StringType), string_(std::move(value)) {}
   ValueT(const array_type& value) : type_(ArrayType), array_(value) {}
