@@ -14,6 +14,8 @@ using String = std::u16string;
 std::string ToUtf8(const String& text);
 String FromUtf8(const std::string& text);
 String FromUtf8(const char* text);
+// Appends the UTF-8 form of one code point.
+void AppendUtf8(std::string& out, uint32_t codePoint);
 // Bytes to units one for one (for ASCII texts such as SQLite messages).
 String FromAscii(const std::string& text);
 // Units to bytes; units above 0xFF become '?'.

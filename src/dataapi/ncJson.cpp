@@ -51,25 +51,6 @@ bool IsDigit(Char c) {
   return c >= '0' && c <= '9';
 }
 
-template <typename Char>
-void AppendUtf8(std::basic_string<Char>& out, uint32_t codePoint) {
-  if (codePoint < 0x80) {
-    out += static_cast<Char>(codePoint);
-  } else if (codePoint < 0x800) {
-    out += static_cast<Char>(0xC0 | (codePoint >> 6));
-    out += static_cast<Char>(0x80 | (codePoint & 0x3F));
-  } else if (codePoint < 0x10000) {
-    out += static_cast<Char>(0xE0 | (codePoint >> 12));
-    out += static_cast<Char>(0x80 | ((codePoint >> 6) & 0x3F));
-    out += static_cast<Char>(0x80 | (codePoint & 0x3F));
-  } else {
-    out += static_cast<Char>(0xF0 | (codePoint >> 18));
-    out += static_cast<Char>(0x80 | ((codePoint >> 12) & 0x3F));
-    out += static_cast<Char>(0x80 | ((codePoint >> 6) & 0x3F));
-    out += static_cast<Char>(0x80 | (codePoint & 0x3F));
-  }
-}
-
 }  // namespace
 
 // The text being read and the reader's position in it. Every access checks pos against
@@ -346,7 +327,7 @@ void ValueT<Char>::decode_unicode(string_type& out, Reader& reader) {
     if (low < 0xDC00 || low > 0xDFFF) invalid();
     codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (low - 0xDC00);
   }
-  AppendUtf8(out, codePoint);
+  base::AppendUtf8(out, codePoint);
 }
 
 template <typename Char>
