@@ -1,5 +1,7 @@
 #include "docmgr/ncPathMgr.h"
 
+#include <algorithm>
+
 #include "base/Clock.h"
 #include "base/File.h"
 #include "base/Guid.h"
@@ -103,13 +105,12 @@ String ncPathMgr::GetRelativePath(const String& path) {
   NC_TRACE(u"path: %s", path);
   NC_CHECK_PATH(path);
   const String plain = base::StartsWith(path, kLongPathPrefix) ? path.substr(4) : path;
+  // Relative paths of a local sync root include the root folder's name, so they are cut
+  // after its parent; a local sync root on a bare drive keeps whole paths.
   const String& base = isLocalSync_ ? parentPath_ : rootPath_;
-  if (base.empty() ? !isDriveRoot_ : !ncDocUtils::IsParentPath(base, plain, true))
-    NC_THROW(NC_ERR_INVALID_ARG, ncDocMgrLibrary::loadString(u"IDS_NOT_IN_ROOT_PATH"), path);
-  String relative;
-  if (!isLocalSync_) relative = plain.substr(rootPath_.size() < plain.size() ? rootPath_.size() : plain.size());
-  else if (isDriveRoot_) relative = plain;
-  else relative = plain.substr(parentPath_.size() < plain.size() ? parentPath_.size() : plain.size());
+  const bool inside = isDriveRoot_ || (!base.empty() && ncDocUtils::IsParentPath(base, plain, true));
+  if (!inside) NC_THROW(NC_ERR_INVALID_ARG, ncDocMgrLibrary::loadString(u"IDS_NOT_IN_ROOT_PATH"), path);
+  const String relative = isDriveRoot_ ? plain : plain.substr(std::min(base.size(), plain.size()));
   return base::Trim(ToStoredSeparators(relative), u'\\');
 }
 
