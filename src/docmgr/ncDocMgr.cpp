@@ -25,6 +25,7 @@ ncDocMgr::ncDocMgr()
     : pathMgr_(NC_NEW(ncPathMgr)),
       fileMgr_(NC_NEW(ncFileMgr, pathMgr_.get())),
       adsMgr_(NC_NEW(ncADSMgr)),
+      cacheMgr_(NC_NEW(ncCacheMgr)),
       logMgr_(NC_NEW(ncLogMgr)),
       msgMgr_(NC_NEW(ncMsgMgr)),
       relayMgr_(NC_NEW(ncRelayMgr)) {
@@ -59,6 +60,7 @@ void ncDocMgr::Init(const String& rootPath, const String& logRootPath, const std
   const String logData = logPathMgr->GetDBPath();
   CreateHiddenDirectory(logData);
 
+  cacheMgr_->Init(base::Path::combine(mainData, u"cache.db"), isNewView);
   logMgr_->Init(base::Path::combine(logData, u"log.db"));
   msgMgr_->Init(base::Path::combine(logData, u"msg.db"));
   relayMgr_->Init(base::Path::combine(mainData, u"nonius.db"));
@@ -90,16 +92,19 @@ void ncDocMgr::AddLocalSync(const String& path) {
   LocalSync entry;
   entry.pathMgr = NC_NEW(ncPathMgr);
   entry.fileMgr = NC_NEW(ncFileMgr, entry.pathMgr.get());
+  entry.cacheMgr = NC_NEW(ncCacheMgr);
   entry.relayMgr = NC_NEW(ncRelayMgr);
   entry.pathMgr->Init(path, true);
   entry.pathMgr->SetUserName(userName_);
   const String data = entry.pathMgr->GetDBPath();
   CreateHiddenDirectory(data);
+  entry.cacheMgr->Init(base::Path::combine(data, u"cache.db"), false);
   entry.relayMgr->Init(base::Path::combine(data, u"nonius.db"));
   localSyncs_[path] = entry;
 }
 
 void ncDocMgr::CloseLocalSync(LocalSync& entry) {
+  if (entry.cacheMgr) entry.cacheMgr->Close();
   if (entry.relayMgr) entry.relayMgr->Close();
 }
 
@@ -127,6 +132,7 @@ void ncDocMgr::GetLocalSyncs(std::vector<String>& roots) {
 
 void ncDocMgr::Close() {
   NC_TRACE(u"this: 0x%p", this);
+  if (cacheMgr_) cacheMgr_->Close();
   if (logMgr_) logMgr_->Close();
   if (msgMgr_) msgMgr_->Close();
   if (relayMgr_) relayMgr_->Close();
@@ -163,12 +169,14 @@ ncIADSMgr* ncDocMgr::GetADSMgr() {
   return AddRefed<ncIADSMgr>(adsMgr_.get());
 }
 
-// The managers below arrive with their stores; until then the facade has none to hand out.
-ncICacheMgr* ncDocMgr::GetCacheMgr(const String&) {
+ncICacheMgr* ncDocMgr::GetCacheMgr(const String& path) {
   NC_TRACE(u"this: 0x%p", this);
-  return nullptr;
+  if (path.empty()) return AddRefed<ncICacheMgr>(cacheMgr_.get());
+  const LocalSync* entry = FindLocalSync(path);
+  return entry ? AddRefed<ncICacheMgr>(entry->cacheMgr.get()) : nullptr;
 }
 
+// The managers below arrive with their stores; until then the facade has none to hand out.
 ncILogMgr* ncDocMgr::GetLogMgr() {
   NC_TRACE(u"this: 0x%p", this);
   return AddRefed<ncILogMgr>(logMgr_.get());

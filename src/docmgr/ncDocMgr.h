@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "docmgr/ncADSMgr.h"
+#include "docmgr/ncCacheMgr.h"
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
 #include "docmgr/ncFileMgr.h"
@@ -47,6 +48,7 @@ class ncDocMgr : public ncIDocMgr {
   struct LocalSync {
     nsCOMPtr<ncPathMgr> pathMgr;
     nsCOMPtr<ncFileMgr> fileMgr;
+    nsCOMPtr<ncCacheMgr> cacheMgr;
     nsCOMPtr<ncRelayMgr> relayMgr;
   };
 
@@ -60,6 +62,7 @@ class ncDocMgr : public ncIDocMgr {
   nsCOMPtr<ncPathMgr> pathMgr_;
   nsCOMPtr<ncFileMgr> fileMgr_;
   nsCOMPtr<ncADSMgr> adsMgr_;
+  nsCOMPtr<ncCacheMgr> cacheMgr_;
   nsCOMPtr<ncLogMgr> logMgr_;
   nsCOMPtr<ncMsgMgr> msgMgr_;
   nsCOMPtr<ncRelayMgr> relayMgr_;
