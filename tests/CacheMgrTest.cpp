@@ -1,0 +1,439 @@
+// The document cache on real cache.db files: the write path, subtree rename and delete,
+// view mode, the lookups and listings, the unsynchronised queries and the name search.
+#include <sqlite3.h>
+
+#include <string>
+#include <vector>
+
+#include "TestSupport.h"
+#include "dataapi/ncGNSUtil.h"
+#include "docmgr/ncAutoGetTable.h"
+#include "docmgr/ncCacheMgr.h"
+#include "docmgr/ncDocMgr.h"
+#include "docmgr/ncDocUtils.h"
+#include "docmgr/ncModuleAllocator.h"
+
+namespace {
+
+using base::String;
+using Rows = std::vector<std::vector<std::string>>;
+
+ncCacheInfo Record(const String& id, int isDir = 0, int state = 0) {
+  ncCacheInfo info;
+  info.id = id;
+  info.isDir = isDir;
+  info.state = state;
+  return info;
+}
+
+class CacheMgrTest : public ::testing::Test {
+ protected:
+  void Open(bool viewMode) {
+    cache_ = NC_NEW(ncCacheMgr);
+    cache_->Init(dir_.child("cache.db"), viewMode);
+  }
+  void SetUp() override { Open(false); }
+  void TearDown() override { cache_->Close(); }
+
+  Rows Query(const std::string& sql) {
+    int rows = 0, columns = 0;
+    char** result = nullptr;
+    ncAutoGetTable table(cache_->GetDBMgr(), base::FromUtf8(sql), rows, columns, result);
+    Rows out(rows);
+    for (int r = 0; r < rows; ++r)
+      for (int c = 0; c < columns; ++c) {
+        const char* value = result[(r + 1) * columns + c];
+        out[r].push_back(value ? value : "NULL");
+      }
+    return out;
+  }
+  // Every row as "parentPath|name", in path order.
+  std::vector<std::string> Paths() {
+    std::vector<std::string> paths;
+    for (const auto& row : Query("select parentPath || '|' || name from tb_cacheInfo order by 1")) paths.push_back(row[0]);
+    return paths;
+  }
+  // Ids are spliced into the statement as they are, so generated ones carry no quotes.
+  void Add(const String& relPath, int isDir = 0, int state = 0, const String& id = String()) {
+    cache_->Update(relPath, Record(id.empty() ? u"gns://R/" + base::ToString(++added_) : id, isDir, state));
+  }
+
+  test::TempDir dir_;
+  nsCOMPtr<ncCacheMgr> cache_;
+  int added_ = 0;
+};
+
+TEST_F(CacheMgrTest, UpdateSplitsThePathAndDerivesTheStoredColumns) {
+  ncCacheInfo info = Record(u"gns://A/B/C", 0, 2);
+  info.otag = u"v1";
+  info.serverMTime = 1234567890123;
+  info.size = 5000000000;
+  info.watermark = 5;
+  cache_->Update(u"a\\b\\c.txt", info);
+  cache_->Update(u"\\x\\", Record(u"gns://A"));
+  cache_->Update(u"it's 文档", Record(u"gns://A/Q"));
+  ncCacheInfo special = Record(u"gns://A/B/D");
+  special.type = NC_CACHE_SPECIAL_TYPE;
+  cache_->Update(u"special", special);
+
+  EXPECT_EQ((Rows{{"a\\b", "c.txt", "B"}, {"", "it's 文档", "A"}, {"", "special", ""}, {"", "x", ""}}),
+            Query("select parentPath, name, parentId from tb_cacheInfo order by name"));
+  EXPECT_EQ("it's WD", Query("select acronym from tb_cacheInfo where id='gns://A/Q'")[0][0]);
+
+  ncCacheInfo read;
+  ASSERT_TRUE(cache_->GetInfoByPath(u"a\\b\\c.txt", read));
+  EXPECT_EQ(u"gns://A/B/C", read.id);
+  EXPECT_EQ(u"v1", read.otag);
+  EXPECT_EQ(2, read.state);
+  EXPECT_EQ(1234567890123, read.serverMTime);
+  EXPECT_EQ(5000000000, read.size);
+  EXPECT_EQ(1, read.watermark);  // written as 5, read back as a flag
+
+  // A new id at the same place, and the same id at a new place, each leave one row.
+  cache_->Update(u"a\\b\\c.txt", Record(u"gns://A/B/E"));
+  cache_->Update(u"moved.txt", Record(u"gns://A/B/E"));
+  EXPECT_EQ((Rows{{"gns://A/B/E", "moved.txt"}}), Query("select id, name from tb_cacheInfo where id in ('gns://A/B/C', 'gns://A/B/E')"));
+
+  ncCacheDocInfo byId;
+  ASSERT_TRUE(cache_->GetInfoByDocId(u"gns://A/Q", byId));
+  EXPECT_EQ(u"it's 文档", byId.name);
+  EXPECT_FALSE(cache_->GetInfoByDocId(u"gns://none", byId));
+  EXPECT_THROW_CODE_MESSAGE(cache_->GetInfoByDocId(u"local-1", byId), 2, u"Gns (local-1) is INVALID.");
+}
+
+TEST_F(CacheMgrTest, InvalidArgumentsThrowBeforeAnyStatement) {
+  EXPECT_THROW_CODE_MESSAGE(cache_->Update(u"", Record(u"gns://A")), 2, u"Path () is INVALID.");
+  Add(u"doc");
+  EXPECT_THROW_CODE_MESSAGE(cache_->UpdateTypeName(u"doc", u""), 2, u"Argument (typeName) is EMPTY.");
+  ncCacheInfo info;
+  EXPECT_FALSE(cache_->GetInfoByPath(u"", info));
+  EXPECT_THROW_CODE(cache_->Rename(u"a\\b", u"x\\b"), 2);
+  // A database failure carries code 1: the type name goes in undoubled.
+  EXPECT_THROW_CODE(cache_->UpdateTypeName(u"doc", u"it's"), 1);
+}
+
+TEST_F(CacheMgrTest, RenameMovesTheWholeSubtreeAndNothingBeside) {
+  Add(u"a", 1);
+  Add(u"a\\b", 1);
+  Add(u"a\\b\\f1");
+  Add(u"a\\b\\x", 1);
+  Add(u"a\\b\\x\\f2");
+  Add(u"a\\bc", 1);
+  Add(u"a\\bc\\g");
+  cache_->Rename(u"a\\b", u"a\\项目");
+  EXPECT_EQ((std::vector<std::string>{"a\\bc|g", "a\\项目\\x|f2", "a\\项目|f1", "a\\项目|x", "a|bc", "a|项目", "|a"}),
+            Paths());
+  EXPECT_EQ("XM", Query("select acronym from tb_cacheInfo where name='项目'")[0][0]);
+
+  cache_->Rename(u"a\\项目", u"a\\BC");  // same folder; only the case differs from a sibling
+  EXPECT_EQ(1u, Query("select * from tb_cacheInfo where parentPath='a\\BC\\x'").size());
+
+  const std::vector<std::string> before = Paths();
+  try {
+    cache_->Rename(u"a\\BC", u"x\\BC");
+    ADD_FAILURE() << "rename across folders accepted";
+  } catch (const base::Exception& e) {
+    EXPECT_EQ(2, e.getCode());
+    EXPECT_EQ(u"Cannot rename a\\BC to x\\BC: a rename must stay in the same folder.", e.getMessage());
+  }
+  EXPECT_EQ(before, Paths());
+}
+
+TEST_F(CacheMgrTest, RenameAndDeleteHandleQuotesAndLikeWildcardsInNames) {
+  Add(u"it's 50%_x", 1);
+  Add(u"it's 50%_x\\o'k");
+  Add(u"it's 50%_x\\sub", 1);
+  Add(u"it's 50%_x\\sub\\deep");
+  cache_->Rename(u"it's 50%_x", u"new 'one'");
+  EXPECT_EQ((std::vector<std::string>{"new 'one'\\sub|deep", "new 'one'|o'k", "new 'one'|sub", "|new 'one'"}),
+            Paths());
+
+  // "_" in a folder name is a LIKE wildcard: the subtree delete of a_b also reaches the
+  // deeper rows of axb (its direct children are compared exactly and stay).
+  Add(u"a_b", 1);
+  Add(u"a_b\\in");
+  Add(u"a_b\\sub\\in");
+  Add(u"axb\\in");
+  Add(u"axb\\sub\\in");
+  Add(u"a_bc\\in");
+  cache_->Delete(u"a_b", true);
+  EXPECT_EQ(1u, Query("select * from tb_cacheInfo where name='a_b'").size());  // onlyChild keeps the folder
+  EXPECT_EQ((Rows{{"a_bc"}, {"axb"}}), Query("select parentPath from tb_cacheInfo where name='in' order by 1"));
+
+  cache_->Delete(u"new 'one'", false);
+  EXPECT_EQ(0u, Query("select * from tb_cacheInfo where parentPath like 'new%' or name like 'new%'").size());
+}
+
+TEST_F(CacheMgrTest, FailedRenameLeavesNothingAfterTheCallerRollsBack) {
+  Add(u"a", 1);
+  Add(u"a\\b", 1);
+  Add(u"a\\b\\f.txt");
+  Add(u"a\\b\\sub", 1);
+  Add(u"a\\c\\f.txt");  // a stale row where the renamed folder's child will want to go
+  const std::vector<std::string> before = Paths();
+  sqlite3* handle = cache_->GetDBMgr()->GetHandle();
+
+  EXPECT_THROW_CODE(cache_->Rename(u"a\\b", u"a\\c"), 1);  // the name is changed, then a child collides
+  EXPECT_EQ(0, sqlite3_get_autocommit(handle)) << "the transaction is left to the caller";
+  cache_->GetDBMgr()->RollbackTransaction();
+  EXPECT_NE(0, sqlite3_get_autocommit(handle));
+  EXPECT_EQ(before, Paths());
+
+  cache_->Delete(u"a\\c", false);
+  cache_->Rename(u"a\\b", u"a\\c");
+  EXPECT_EQ(1u, Query("select * from tb_cacheInfo where parentPath='a\\c' and name='f.txt'").size());
+}
+
+TEST_F(CacheMgrTest, FieldUpdatesAndVersionTagClearing) {
+  for (const char16_t* folder : {u"a", u"a\\b", u"a\\b\\c", u"a\\b\\c\\d", u"a\\z"}) Add(folder, 1);
+  Add(u"a\\b\\c\\file");
+  Add(u"a\\b\\c\\delayed", 0, NC_CACHE_STATE_DELAY);
+  Add(u"a\\b\\c\\d\\deep");
+  cache_->GetDBMgr()->ExecuteSql(u"update tb_cacheInfo set otag='t'");
+
+  cache_->UpdateOtag(u"a\\b\\c", u"");
+  EXPECT_EQ((Rows{{"a\\b\\c\\d", "deep"}, {"a\\b\\c", "file"}, {"a", "z"}}),
+            Query("select parentPath, name from tb_cacheInfo where otag='t' order by name"));
+  cache_->UpdateOtag(u"a\\b", u"v2");
+  EXPECT_EQ("v2", Query("select otag from tb_cacheInfo where name='b'")[0][0]);
+
+  cache_->UpdateAttr(u"a\\z", 7);
+  cache_->Unlock(u"a\\z");
+  cache_->Unlock(u"a\\missing");
+  cache_->UpdateWatermark(u"a\\z", true);
+  cache_->UpdateState(u"a\\z", NC_CACHE_STATE_UNSYNC);
+  cache_->UpdateExectask(u"a\\z", 3);
+  cache_->UpdateTypeName(u"a\\z", u"Folder");
+  EXPECT_EQ((Rows{{"5", "1", "4", "3", "Folder"}}),
+            Query("select attr, watermark, state, execTask, typeName from tb_cacheInfo where name='z'"));
+  cache_->UpdateState(u"a\\missing", 9);  // no row, no change, no error
+
+  cache_->UpdateState(u"a\\b\\c\\file", NC_CACHE_STATE_UNSYNC);
+  cache_->Unsync_UpdateAllExecTask(8);
+  cache_->Unsync_UpdateAllState(6);
+  EXPECT_EQ((Rows{{"file", "6", "8"}, {"z", "6", "8"}}),
+            Query("select name, state, execTask from tb_cacheInfo where state=6 or execTask=8 order by name"));
+}
+
+TEST_F(CacheMgrTest, ViewModeDropsTheViewFolderAndKeepsTheViewInItsColumn) {
+  cache_->Close();
+  Open(true);
+  auto inView = [](const String& id, const String& view, int viewType) {
+    ncCacheInfo info = Record(id, 1);
+    info.viewName = view;
+    info.viewType = viewType;
+    return info;
+  };
+  cache_->Update(u"Mine\\a", inView(u"gns://M/a", u"Mine", 1));
+  cache_->Update(u"Mine\\a\\b.txt", inView(u"gns://M/a/b", u"Mine", 1));
+  cache_->Update(u"Shared\\s", inView(u"gns://S", u"Shared", 2));
+  cache_->Update(u"Shared\\Ann\\doc", inView(u"gns://D", u"Shared", 2));  // a top-level object deeper down
+  EXPECT_EQ((Rows{{"a", "b.txt", "Mine"}}), Query("select parentPath, name, viewName from tb_cacheInfo where id='gns://M/a/b'"));
+
+  ncCacheInfo info;
+  ASSERT_TRUE(cache_->GetInfoByPath(u"Mine\\a\\b.txt", info));
+  EXPECT_EQ(u"gns://M/a/b", info.id);
+  ncCacheInfo view;
+  ASSERT_TRUE(cache_->GetInfoByPath(u"Shared", view));
+  EXPECT_EQ(2, view.viewType);
+  EXPECT_FALSE(cache_->GetInfoByPath(u"Nothing", view));
+
+  std::map<String, ncCacheScanInfo> children;
+  cache_->GetScanSubInfos(u"Shared", children);
+  ASSERT_EQ(1u, children.size());
+  EXPECT_EQ(u"gns://S", children.at(u"s").id);
+
+  String viewName, viewRelPath;
+  ASSERT_TRUE(cache_->GetViewRelPathByRelPath(u"a\\b.txt", viewName, viewRelPath));
+  EXPECT_EQ(u"Mine\\a\\b.txt", viewRelPath);
+  ASSERT_TRUE(cache_->GetViewRelPathByRelPath(u"Ann\\doc", viewName, viewRelPath));
+  EXPECT_EQ(u"Shared", viewName);
+  EXPECT_FALSE(cache_->GetViewRelPathByRelPath(u"unknown\\x", viewName, viewRelPath));
+
+  std::vector<ncCacheSearchInfo> hits;
+  cache_->Search(u"b.t", u"[", u"]", hits, 10);
+  ASSERT_EQ(1u, hits.size());
+  EXPECT_EQ(u"Mine\\a", hits[0].parentPath);
+
+  cache_->UpdateOtag(u"Mine", u"");  // a bare view folder has no tag to clear
+  cache_->Delete(u"Mine", false);    // a bare view folder takes its whole view with it
+  EXPECT_EQ((Rows{{"Shared"}}), Query("select distinct viewName from tb_cacheInfo"));
+  EXPECT_THROW_CODE(cache_->UpdateState(u"Shared", 1), 2);
+}
+
+TEST_F(CacheMgrTest, LookupsAndListings) {
+  Add(u"Docs", 1, 0, u"gns://T");
+  Add(u"Docs\\Plan.txt", 0, 0, u"gns://T/P");
+  Add(u"Docs\\sub", 1, 0, u"gns://T/S");
+  Add(u"Docs\\sub\\x.bin", 0, NC_CACHE_STATE_DELAY, u"gns://T/S/X");
+  Add(u"Docs\\local.txt", 0, NC_CACHE_STATE_UNSYNC, u"local-1");
+  Add(u"Groups\\Team", 1, 0, u"gns://G");  // a top-level object below a plain local folder
+
+  ncCacheInfo info;
+  info.otag = u"untouched";
+  EXPECT_TRUE(cache_->GetLegalInfoByPath(u"Docs\\PLAN.TXT", info));
+  EXPECT_EQ(u"gns://T/P", info.id);
+  ncCacheInfo local;
+  local.otag = u"untouched";
+  EXPECT_FALSE(cache_->GetLegalInfoByPath(u"Docs\\LOCAL.txt", local));  // found, but not on the server yet
+  EXPECT_EQ(u"untouched", local.otag);
+
+  EXPECT_EQ(2, cache_->GetCountByStates({NC_CACHE_STATE_UNSYNC, NC_CACHE_STATE_UNSYNC}));
+  EXPECT_EQ(0, cache_->GetCountByStates({}));
+
+  std::map<String, ncCacheScanInfo> children;
+  cache_->GetScanSubInfos(u"\\Docs\\", children);
+  EXPECT_EQ(3u, children.size());
+  EXPECT_TRUE(children.at(u"sub").isDir);
+
+  std::map<String, ncCacheDocInfo> detected;
+  std::map<String, String> topPaths;
+  cache_->GetDetectSubInfos(u"Docs", u"gns://T", detected, topPaths);
+  EXPECT_EQ(2u, detected.size());  // the local-only file has no server parent
+  EXPECT_EQ(u"Plan.txt", detected.at(u"gns://T/P").name);
+  cache_->GetDetectSubInfos(u"", u"", detected, topPaths);
+  EXPECT_EQ(1u, detected.count(u"gns://T"));
+  // Rows without a server parent: a top-level object, and a local item not yet uploaded.
+  EXPECT_EQ((std::map<String, String>{{u"Docs", u"local-1"}, {u"Groups", u"gns://G"}}), topPaths);
+
+  std::vector<ncCacheDocInfo> subtree;
+  cache_->GetCacheSubInfos(u"Docs", subtree);
+  ASSERT_EQ(4u, subtree.size());
+  EXPECT_EQ(u"sub", subtree[2].name);  // parents come before their children
+  EXPECT_EQ(u"x.bin", subtree[3].name);
+
+  std::vector<ncCacheFileInfo> files;
+  cache_->GetNoDelayFileInfos(files);
+  EXPECT_EQ(2u, files.size());  // Plan.txt and local.txt; the delayed file has no content
+
+  std::vector<String> views;
+  cache_->GetViewNames(views);
+  EXPECT_EQ(std::vector<String>{u""}, views);
+  EXPECT_TRUE(cache_->HasInfoByView(u""));
+  EXPECT_FALSE(cache_->HasInfoByView(u"it's"));
+}
+
+TEST_F(CacheMgrTest, UnsynchronisedQueries) {
+  Add(u"a", 1, NC_CACHE_STATE_UNSYNC);
+  Add(u"a\\b", 1);
+  Add(u"a\\b\\new.txt", 0, NC_CACHE_STATE_UNSYNC);
+  Add(u"a\\b\\busy.txt", 0, NC_CACHE_STATE_UNSYNC);
+  cache_->UpdateExectask(u"a\\b\\busy.txt", 1);
+  Add(u"a\\bc\\sibling.txt", 0, NC_CACHE_STATE_UNSYNC);
+  Add(u"a\\b\\d\\deep.txt", 0, NC_CACHE_STATE_UNSYNC);
+
+  EXPECT_TRUE(cache_->Unsync_IsPathUnsync(u"a\\b\\new.txt", false));
+  EXPECT_FALSE(cache_->Unsync_IsPathUnsync(u"a\\b\\busy.txt", false));
+  EXPECT_FALSE(cache_->Unsync_IsPathUnsync(u"a\\b", false));
+  EXPECT_TRUE(cache_->Unsync_IsPathUnsync(u"a\\b", true));  // its folder a is not on the server
+  EXPECT_FALSE(cache_->Unsync_IsPathUnsync(u"nothing", true));
+
+  ncCacheUnsyncInfo info;
+  ASSERT_TRUE(cache_->Unsync_GetInfo(u"a", info));
+  EXPECT_EQ(NC_CACHE_STATE_UNSYNC, info.state);
+  EXPECT_TRUE(info.isDir);
+
+  EXPECT_EQ(4, cache_->Unsync_CountUnexec(u""));
+  EXPECT_EQ(2, cache_->Unsync_CountUnexec(u"a\\b"));
+
+  std::vector<ncCacheUnexecInfo> items;
+  cache_->Unsync_GetUnexecInfoVec(u"a\\b", items, 0);
+  ASSERT_EQ(2u, items.size());
+  cache_->Unsync_GetUnexecInfoVec(u"a\\b", items, 10);  // appends; the prefix also reaches a\bc
+  ASSERT_EQ(5u, items.size());
+  EXPECT_EQ(u"a\\bc\\sibling.txt", items[3].relPath);  // reverse order of the rows
+  items.clear();
+  cache_->Unsync_GetUnexecInfoVec(u"", items, 2);
+  EXPECT_EQ(2u, items.size());
+  items.clear();
+  cache_->Unsync_GetUnexecInfoVec(u"", items, 0);
+  ASSERT_EQ(4u, items.size());
+  EXPECT_EQ(u"a\\b\\d\\deep.txt", items.front().relPath);
+  EXPECT_EQ(u"a", items.back().relPath);
+}
+
+TEST_F(CacheMgrTest, SearchRunsFourStrategiesInOrderWithoutDuplicates) {
+  Add(u"a1b1c1");       // characters in order, Latin
+  Add(u"啊x不x从");     // initials in order (A x B x C)
+  Add(u"dir\\xxabc");   // name contains the key
+  Add(u"啊不从");       // initials contain the key
+  std::vector<ncCacheSearchInfo> hits;
+  cache_->Search(u"abc", u"[", u"]", hits, 10);
+  std::vector<String> shown;
+  for (const auto& hit : hits) shown.push_back(hit.displayName);
+  EXPECT_EQ((std::vector<String>{u"xx[abc]", u"[啊不从]", u"[a]1[b]1[c]1", u"[啊]x[不]x[从]"}), shown);
+  EXPECT_EQ(u"dir", hits[0].parentPath);
+
+  cache_->Search(u"abc", u"[", u"]", hits, 3);
+  EXPECT_EQ(3u, hits.size());
+  cache_->Search(u"abc", u"[", u"]", hits, 0);
+  EXPECT_TRUE(hits.empty());
+  cache_->Search(u"", u"[", u"]", hits, 10);
+  EXPECT_TRUE(hits.empty());
+  cache_->Search(u"不x", u"<", u">", hits, 10);  // not initials: names only
+  ASSERT_EQ(1u, hits.size());
+  EXPECT_EQ(u"啊x<不x>从", hits[0].displayName);
+}
+
+TEST_F(CacheMgrTest, SearchStopsAStatementAtItsFirstDuplicate) {
+  Add(u"a-x-b-x-c");
+  Add(u"abc");
+  Add(u"a-y-b-y-c");  // follows a duplicate in both scattered statements, so never shown
+  std::vector<ncCacheSearchInfo> hits;
+  cache_->Search(u"abc", u"[", u"]", hits, 10);
+  ASSERT_EQ(2u, hits.size());
+  EXPECT_EQ(u"abc", hits[0].name);
+  EXPECT_EQ(u"a-x-b-x-c", hits[1].name);
+}
+
+TEST_F(CacheMgrTest, SearchKeyQuotesAreDoubledTwice) {
+  Add(u"it's.txt");
+  Add(u"it''s.txt");
+  std::vector<ncCacheSearchInfo> hits;
+  cache_->Search(u"it's", u"[", u"]", hits, 10);
+  ASSERT_EQ(1u, hits.size());
+  EXPECT_EQ(u"it''s.txt", hits[0].name);
+}
+
+TEST(CacheFacadeTest, TheDocumentManagerOpensAndHandsOutEachRootsCache) {
+  test::TempDir main, local;
+  nsCOMPtr<ncDocMgr> docMgr(new ncDocMgr());
+  docMgr->Init(main.wpath(), main.wpath(), {}, true, u"tester");
+  docMgr->AddLocalSync(local.wpath());
+  EXPECT_TRUE(test::Exists(main.path() + "/.kestrove.cache/cache.db"));
+  EXPECT_TRUE(test::Exists(local.path() + "/.kestrove.cache/cache.db"));
+
+  nsCOMPtr<ncICacheMgr> mainCache = nsCOMPtr<ncICacheMgr>::adopt(docMgr->GetCacheMgr(u""));
+  nsCOMPtr<ncICacheMgr> localCache = nsCOMPtr<ncICacheMgr>::adopt(docMgr->GetCacheMgr(local.wpath()));
+  ASSERT_TRUE(mainCache && localCache);
+  EXPECT_NE(mainCache.get(), localCache.get());
+  EXPECT_EQ(nullptr, docMgr->GetCacheMgr(u"/elsewhere"));
+
+  mainCache->Update(u"View\\doc", Record(u"gns://A"));   // the main root is in view mode
+  localCache->Update(u"View\\doc", Record(u"gns://A"));  // a local sync root never is
+  ncCacheInfo info;
+  EXPECT_TRUE(mainCache->GetInfoByPath(u"Other\\doc", info));
+  EXPECT_FALSE(localCache->GetInfoByPath(u"Other\\doc", info));
+
+  docMgr->RemoveLocalSync(local.wpath());
+  EXPECT_EQ(nullptr, docMgr->GetCacheMgr(local.wpath()));
+  docMgr->Close();
+}
+
+TEST(GNSUtilTest, LevelsOfADocumentId) {
+  EXPECT_TRUE(ncGNSUtil::HasGNSPrefix(u"gns://A"));
+  EXPECT_FALSE(ncGNSUtil::HasGNSPrefix(u"gns:/A"));
+  EXPECT_EQ(u"gns://A/B", ncGNSUtil::GetParentPath(u"gns://A/B/C"));
+  EXPECT_EQ(u"", ncGNSUtil::GetParentPath(u"gns://A"));
+  EXPECT_EQ(u"C", ncGNSUtil::GetNodeName(u"gns://A/B/C/"));
+  EXPECT_EQ(u"", ncGNSUtil::GetNodeName(u"C:\\x"));
+  EXPECT_TRUE(ncGNSUtil::IsRootGNS(u"gns://A"));
+  EXPECT_FALSE(ncGNSUtil::IsRootGNS(u"gns://A/B"));
+  EXPECT_FALSE(ncGNSUtil::IsRootGNS(u"gns://"));
+  EXPECT_EQ(u"gns://A/B", ncGNSUtil::GetPathByDepth(u"gns://A/B/C", 2));
+  EXPECT_EQ(u"gns://A/B/C", ncGNSUtil::GetPathByDepth(u"gns://A/B/C", 3));
+  EXPECT_EQ(u"", ncGNSUtil::GetPathByDepth(u"gns://A/B/C", 4));
+  EXPECT_EQ(u"", ncGNSUtil::GetPathByDepth(u"gns://A/B/C", 0));
+}
+
+}  // namespace
