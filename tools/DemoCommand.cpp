@@ -4,6 +4,7 @@
 
 #include <fstream>
 
+#include "CacheDemo.h"
 #include "CliCommand.h"
 #include "JournalDemo.h"
 
@@ -29,6 +30,7 @@ int Demo(CliContext& context, const std::vector<std::string>& args) {
   MakeSampleTree(root);
   Step("docmgr-cli init " + root);
   if (int status = RunCommand(context, "init", {root})) return status;
+  if (int status = DemoCache(context, root)) return status;
   if (int status = DemoJournals(context, root)) return status;
   return 0;
 }

@@ -1,0 +1,33 @@
+#include "CacheDemo.h"
+
+#include <fstream>
+
+#include "CliCommand.h"
+
+namespace {
+
+void Step(const std::string& title) { std::printf("\n== %s\n", title.c_str()); }
+
+}  // namespace
+
+int DemoCache(CliContext& context, const std::string& root) {
+  // A first scan adopts the tree as synchronised; files created afterwards are found by the
+  // next scan as not yet uploaded.
+  const std::vector<std::vector<std::string>> steps = {
+      {"scan", root}, {"ls", root}, {"ls", root, "项目"}, {"new files"}, {"scan", root},
+      {"info", root + "/项目/设计文档/产品设计.pdf"}, {"search", root, "xm"}, {"search", root, "sj"},
+      {"search", root, "plan"}, {"unsync", root}};
+  for (const auto& step : steps) {
+    if (step[0] == "new files") {
+      Step("new local files: 项目/设计文档/草图.txt, Projects/draft.md");
+      std::ofstream(root + "/项目/设计文档/草图.txt") << "sketch\n";
+      std::ofstream(root + "/Projects/draft.md") << "# draft\n";
+      continue;
+    }
+    std::string line = "docmgr-cli";
+    for (const std::string& arg : step) line += " " + arg;
+    Step(line);
+    if (int status = RunCommand(context, step[0], std::vector<std::string>(step.begin() + 1, step.end()))) return status;
+  }
+  return 0;
+}

@@ -1,0 +1,145 @@
+// scan ROOT: record every file and folder under a sync root in its document cache, as the
+// sync engine's local scan does, with generated document ids that follow the folders.
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <set>
+
+#include "CacheCliSupport.h"
+#include "CliCommand.h"
+#include "ProgressBar.h"
+
+namespace {
+
+struct Entry {
+  std::string path;  // absolute
+  bool isDir;
+  int64_t mtime;     // microseconds since 1970
+  int64_t size;
+};
+
+// Every file and folder below folder, parents before their children, names in byte order.
+// Symbolic links and special files are not synchronised and are left out.
+void Collect(const std::string& folder, const std::set<std::string>& skipped, std::vector<Entry>& entries) {
+  DIR* dir = ::opendir(folder.c_str());
+  if (!dir) return;
+  std::vector<std::string> names;
+  while (const dirent* item = ::readdir(dir)) {
+    const std::string name = item->d_name;
+    if (name != "." && name != "..") names.push_back(name);
+  }
+  ::closedir(dir);
+  std::sort(names.begin(), names.end());
+  for (const std::string& name : names) {
+    const std::string path = folder + "/" + name;
+    struct stat info;
+    if (skipped.count(path) || ::lstat(path.c_str(), &info) != 0) continue;
+    if (!S_ISDIR(info.st_mode) && !S_ISREG(info.st_mode)) continue;
+    const int64_t mtime = static_cast<int64_t>(info.st_mtim.tv_sec) * 1000000 + info.st_mtim.tv_nsec / 1000;
+    entries.push_back({path, S_ISDIR(info.st_mode), mtime, S_ISDIR(info.st_mode) ? 0 : static_cast<int64_t>(info.st_size)});
+    if (S_ISDIR(info.st_mode)) Collect(path, skipped, entries);
+  }
+}
+
+// A node name as the server makes them: 32 upper-case hex digits.
+base::String NewNodeName(std::mt19937_64& random) {
+  char text[33];
+  std::snprintf(text, sizeof text, "%016llX%016llX", static_cast<unsigned long long>(random()),
+                static_cast<unsigned long long>(random()));
+  return Wide(text);
+}
+
+base::String ParentOf(const base::String& relPath) {
+  const size_t last = relPath.rfind(u'\\');
+  return last == base::String::npos ? base::String() : relPath.substr(0, last);
+}
+
+int Scan(CliContext& context, const std::vector<std::string>& args) {
+  if (args.size() != 1) {
+    std::fprintf(stderr, "usage: docmgr-cli scan ROOT\n");
+    return 2;
+  }
+  const std::string root = CheckSyncRoot(args[0], false);
+  ncIDocMgr* docMgr = context.openRoot(root);
+  nsCOMPtr<ncIPathMgr> pathMgr = MainPathMgr(docMgr);
+  nsCOMPtr<ncICacheMgr> cache = MainCacheMgr(docMgr);
+
+  std::vector<Entry> entries;
+  Collect(root, {Narrow(pathMgr->GetDBPath()), Narrow(pathMgr->GetUnsyncDocPath())}, entries);
+
+  // The first scan adopts the tree as synchronised; what appears later has not reached the
+  // server yet.
+  std::map<base::String, ncCacheScanInfo> rootChildren;
+  cache->GetScanSubInfos(u"", rootChildren);
+  const bool baseline = rootChildren.empty();
+
+  std::mt19937_64 random(std::random_device{}());
+  std::map<base::String, base::String> folderIds;               // relPath -> id
+  std::map<base::String, std::set<base::String>> onDisk{{u"", {}}};  // folder relPath -> child names
+  size_t folders = 0, files = 0, added = 0, unsynced = 0, removed = 0;
+  {
+    ProgressBar progress("scanning", entries.size(), context.quiet);
+    for (const Entry& entry : entries) {
+      const base::String relPath = pathMgr->GetRelativePath(Wide(entry.path));
+      const base::String parent = ParentOf(relPath);
+      onDisk[parent].insert(relPath.substr(parent.empty() ? 0 : parent.size() + 1));
+      ncCacheInfo info;
+      if (!cache->GetInfoByPath(relPath, info)) {
+        const auto parentId = folderIds.find(parent);
+        info.id = (parent.empty() || parentId == folderIds.end() ? base::String(u"gns:/") : parentId->second) + u"/" +
+                  NewNodeName(random);
+        info.isDir = entry.isDir;
+        info.state = baseline ? NC_CACHE_STATE_NORMAL : NC_CACHE_STATE_UNSYNC;
+        if (baseline) {
+          info.otag = NewNodeName(random);
+          info.serverMTime = entry.mtime;
+        }
+        ++added;
+        if (!baseline) ++unsynced;
+      }
+      info.clientMTime = entry.mtime;
+      info.size = entry.size;
+      cache->Update(relPath, info);
+      if (entry.isDir) {
+        folderIds[relPath] = info.id;
+        onDisk[relPath];
+        ++folders;
+      } else {
+        ++files;
+      }
+      progress.advance();
+    }
+  }
+
+  // Rows of items that are gone from the disk go with everything below them.
+  for (const auto& folder : onDisk) {
+    std::map<base::String, ncCacheScanInfo> cached;
+    cache->GetScanSubInfos(folder.first, cached);
+    for (const auto& child : cached) {
+      if (folder.second.count(child.first)) continue;
+      cache->Delete(folder.first.empty() ? child.first : folder.first + u"\\" + child.first, false);
+      ++removed;
+    }
+  }
+
+  if (context.json) {
+    std::printf("{\"root\": %s, \"recorded\": %zu, \"folders\": %zu, \"files\": %zu, \"new\": %zu, "
+                "\"unsynchronised\": %zu, \"removed\": %zu}\n",
+                JsonText(root).c_str(), folders + files, folders, files, added, unsynced, removed);
+  } else {
+    std::printf("Recorded %zu items (%zu folders, %zu files) in the cache of %s.\n", folders + files, folders, files,
+                root.c_str());
+    if (baseline) std::printf("First scan: every item is recorded as synchronised.\n");
+    else std::printf("%zu new items recorded as unsynchronised; %zu vanished items removed.\n", unsynced, removed);
+  }
+  return 0;
+}
+
+CLI_COMMAND("scan", "ROOT",
+            "record every file and folder in the cache (first scan: synchronised; later: new items unsynchronised)",
+            Scan);
+
+}  // namespace
