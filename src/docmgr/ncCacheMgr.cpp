@@ -37,7 +37,17 @@ const char16_t kSearchName[] =
 const char16_t kClearOtag[] = u"update %s set otag='' where name='%s' and parentPath='%s'";
 const char16_t kSelectUnsync[] = u"select state, execTask from %s where name='%s' and parentPath='%s'";
 
-String Quote(const String& value) { return ncDocUtils::QuoteSql(value); }
+// Most values hold no quote; they are used as they are.
+String Quote(const String& value) {
+  return value.find(u'\'') == String::npos ? value : ncDocUtils::QuoteSql(value);
+}
+
+// The initials of a name; a plain ASCII name is its own initials.
+String Acronym(const String& name) {
+  for (char16_t unit : name)
+    if (unit >= 0x80) return ncDocUtils::GetAcronym(name);
+  return name;
+}
 
 // The view folder of a relative path: its first component.
 String ViewOf(const String& relPath) { return relPath.substr(0, relPath.find(u'\\')); }
@@ -131,16 +141,19 @@ void ncCacheMgr::Update(const String& relPath, const ncCacheInfo& info) {
   NC_TRACE(u"relPath: %s", relPath);
   String name, parentPath;
   WorkingPath(relPath, name, parentPath);
+  db_->ExecuteSql(UpdateStatement(name, parentPath, info));
+}
+
+String ncCacheMgr::UpdateStatement(const String& name, const String& parentPath, const ncCacheInfo& info) {
   String parentId;
   if (info.type < NC_CACHE_SPECIAL_TYPE && ncGNSUtil::HasGNSPrefix(info.id))
     parentId = ncGNSUtil::GetNodeName(ncGNSUtil::GetParentPath(info.id));
   const String quotedName = Quote(name);
   // id, otag and parentId go in as they are: server ids and tags carry no quotes.
-  db_->ExecuteSql(Format(kReplace, kTable, info.id, info.otag, info.isDir, info.state,
-                         base::ToString(info.serverMTime), base::ToString(info.clientMTime), base::ToString(info.size),
-                         quotedName, Quote(parentPath), ncDocUtils::GetAcronym(quotedName), info.type,
-                         Quote(info.typeName), info.viewType, Quote(info.viewName), parentId, info.attr, info.errcode,
-                         info.execTask, info.watermark));
+  return Format(kReplace, kTable, info.id, info.otag, info.isDir, info.state, base::ToString(info.serverMTime),
+                base::ToString(info.clientMTime), base::ToString(info.size), quotedName, Quote(parentPath),
+                Acronym(quotedName), info.type, Quote(info.typeName), info.viewType,
+                Quote(info.viewName), parentId, info.attr, info.errcode, info.execTask, info.watermark);
 }
 
 void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {

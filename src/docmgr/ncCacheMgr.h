@@ -57,6 +57,8 @@ class ncCacheMgr : public ncICacheMgr {
 
   // Splits a relative path (trimmed of "\") at its last "\".
   static void SplitPath(const String& relPath, String& name, String& parentPath);
+  // The statement Update runs for the row at (name, parentPath).
+  static String UpdateStatement(const String& name, const String& parentPath, const ncCacheInfo& info);
 
   // The database, for the caller that has to roll back after a failed Rename.
   ncDBMgr* GetDBMgr() const { return db_.get(); }
