@@ -172,7 +172,7 @@ void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {
   db_->BeginTransaction();
   const String quotedNewName = Quote(newName);
   db_->ExecuteSql(Format(u"update %s set name='%s', acronym='%s' where name='%s' and parentPath='%s'", kTable,
-                         quotedNewName, ncDocUtils::GetAcronym(quotedNewName), Quote(oldName), Quote(oldParent)));
+                         quotedNewName, Acronym(quotedNewName), Quote(oldName), Quote(oldParent)));
   {
     const String oldPath = base::Trim(oldWorking, u'\\');
     const String& newPath = newWorking;
