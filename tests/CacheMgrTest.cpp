@@ -2,6 +2,7 @@
 // view mode, the lookups and listings, the unsynchronised queries and the name search.
 #include <sqlite3.h>
 
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -99,6 +100,29 @@ TEST_F(CacheMgrTest, UpdateSplitsThePathAndDerivesTheStoredColumns) {
   EXPECT_EQ(u"it's 文档", byId.name);
   EXPECT_FALSE(cache_->GetInfoByDocId(u"gns://none", byId));
   EXPECT_THROW_CODE_MESSAGE(cache_->GetInfoByDocId(u"local-1", byId), 2, u"Gns (local-1) is INVALID.");
+}
+
+TEST(CacheStatementTest, UpdateStatementIsTheReplaceStatementFilledInOrder) {
+  ncCacheInfo info = Record(u"gns://A/B", 1, -4);
+  info.otag = u"%d%s";  // directives inside values stay as they are
+  info.serverMTime = INT64_MIN;
+  info.clientMTime = INT64_MAX;
+  info.size = -1;
+  info.type = INT32_MIN;
+  info.typeName = u"it's";
+  info.viewType = 7;
+  info.viewName = u"V";
+  info.attr = 2;
+  info.errcode = -22;
+  info.execTask = 1;
+  info.watermark = 9;
+  const String expected = base::Format(
+      u"replace into %s (id, otag, isDir, state, serverMTime, clientMTime, size, name, parentPath, acronym, type, "
+      u"typeName, viewType, viewName, parentId, attr, errcode, execTask, watermark) values ('%s', '%s', '%d', '%d', "
+      u"'%s', '%s', '%s', '%s', '%s', '%s', '%d', '%s', '%d', '%s', '%s', '%d', '%d', '%d', '%d')",
+      u"tb_cacheInfo", info.id, info.otag, 1, -4, u"-9223372036854775808", u"9223372036854775807", u"-1",
+      u"项目''s", u"a\\b''c", u"XM''s", INT32_MIN, u"it''s", 7, u"V", u"A", 2, -22, 1, 9);
+  EXPECT_EQ(expected, ncCacheMgr::UpdateStatement(u"项目's", u"a\\b'c", info));
 }
 
 TEST_F(CacheMgrTest, InvalidArgumentsThrowBeforeAnyStatement) {
