@@ -11,10 +11,10 @@
 //
 // Matching. Names and parent paths are compared exactly (case kept), except by
 // GetLegalInfoByPath. The subtree of a folder P is every row whose parentPath is P or begins
-// with P followed by "\"; this is a LIKE pattern in which "%" and "_" in P act as wildcards,
-// and LIKE ignores ASCII letter case, so a subtree operation on a\b_c also reaches rows
-// below a\bxc and A\B_C. Folder names holding these characters are rare enough that the
-// sync engine accepts this.
+// with P followed by "\"; the second half is a LIKE pattern in which "%" and "_" in P act as
+// wildcards and ASCII letter case is ignored, so a subtree operation on a\b_c also reaches
+// the rows inside the sub-folders of a\bxc and of A\B_C. Folder names holding these
+// characters are rare enough that the sync engine accepts this.
 //
 // Failures are thrown as base::Exception with the provider "docmgr": code 2 for an invalid
 // argument, code 1 for a database failure. Lookups that find nothing return false and leave
@@ -122,7 +122,7 @@ class ncICacheMgr : public nsISupports {
   // in one transaction. A new path in another folder throws code 2
   // ("IDS_RENAME_NOT_SAME_PARENT"). When a statement fails the exception reaches the caller
   // with the transaction still open and its lock held: the caller must call
-  // RollbackTransaction on the cache's database.
+  // RollbackTransaction on the cache's database (ncCacheMgr::GetDBMgr).
   virtual void Rename(const base::String& relPath, const base::String& newRelPath) = 0;
   // Removes the item (unless onlyChild) and everything below it. In view mode a bare view
   // folder removes every row of that view.
@@ -169,18 +169,20 @@ class ncICacheMgr : public nsISupports {
   // rows of relPath's view.
   virtual void GetScanSubInfos(const base::String& relPath, std::map<base::String, ncCacheScanInfo>& children) = 0;
   // What the cache holds for comparing a folder with the server's listing of it. Both
-  // outputs are cleared first.
+  // outputs are cleared first. A row "without a server parent" has an empty parentId: a
+  // top-level server object (or one of a special type), or a local item that has not reached
+  // the server yet.
   //  - docId names a server object (the "gns://" prefix and at least one level):
   //    children = the cached children of that object (found by parentId and id), keyed by
-  //    id; their parentPath is set to relPath (after the view step, trimmed of ""), the
-  //    folder the caller scans. topPaths stays empty.
-  //  - otherwise, at the sync root (relPath "" after the view step): children = the
-  //    top-level server objects stored directly under the root, keyed by id; topPaths =
-  //    every parent path that holds top-level objects deeper down, each with the id of one
-  //    of them, so the engine knows which local folders to descend into.
+  //    id; their parentPath is set to relPath (after the view step, trimmed of "\"), the
+  //    folder the caller compares. topPaths stays empty.
+  //  - otherwise, at the sync root (relPath "" after the view step): children = the rows
+  //    without a server parent directly under the root, keyed by id; topPaths = every
+  //    parent path deeper down that holds such rows, each with the id of one of them, so the
+  //    engine knows which local folders to descend into.
   //  - otherwise (a local folder that is not a server object): topPaths = the parent paths
-  //    below relPath that hold top-level objects, each with one id; children stays empty
-  //    (the objects directly in relPath come from GetScanSubInfos).
+  //    below relPath that hold rows without a server parent, each with one id; children
+  //    stays empty (the rows directly in relPath come from GetScanSubInfos).
   // watermark reads back as 0 or 1; errcode and execTask are not read (0).
   virtual void GetDetectSubInfos(const base::String& relPath, const base::String& docId,
                                  std::map<base::String, ncCacheDocInfo>& children,
