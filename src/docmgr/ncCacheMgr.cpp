@@ -144,6 +144,10 @@ void ncCacheMgr::Init(const String& path, bool viewMode) {
                          kTable));
   db_->ExecuteSql(Format(u"create index if not exists %s on %s(parentId)", Format(u"%s_parent_id_idx", kTable),
                          kTable));
+  // Every search statement filters on acronym or name with a LIKE that no index can seek:
+  // an index holding all the columns a search reads lets it scan that instead of the table.
+  db_->ExecuteSql(Format(u"create index if not exists %s on %s(acronym, name, parentPath, viewName, isDir)",
+                         Format(u"%s_search_idx", kTable), kTable));
 }
 
 void ncCacheMgr::Close() {
