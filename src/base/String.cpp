@@ -47,9 +47,13 @@ int SequenceLength(unsigned char b) {
 }  // namespace
 
 std::string ToUtf8(const String& text) {
-  std::string out;
+  // Most texts (SQL, paths) are plain ASCII: copy that leading part in one go.
+  size_t ascii = 0;
+  while (ascii < text.size() && text[ascii] < 0x80) ++ascii;
+  std::string out(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(ascii));
+  if (ascii == text.size()) return out;
   out.reserve(text.size() + text.size() / 2);
-  for (size_t i = 0; i < text.size(); ++i) {
+  for (size_t i = ascii; i < text.size(); ++i) {
     uint32_t unit = text[i];
     if (unit < 0x80) {
       out += static_cast<char>(unit);
