@@ -15,13 +15,16 @@ int DemoCache(CliContext& context, const std::string& root) {
   // next scan as not yet uploaded.
   const std::vector<std::vector<std::string>> steps = {
       {"scan", root}, {"ls", root}, {"ls", root, "项目"}, {"new files"}, {"scan", root},
-      {"info", root + "/项目/设计文档/产品设计.pdf"}, {"search", root, "xm"}, {"search", root, "sj"},
+      {"log", root}, {"info", root + "/项目/设计文档/产品设计.pdf"}, {"search", root, "xm"}, {"search", root, "sj"},
       {"search", root, "plan"}, {"unsync", root}};
   for (const auto& step : steps) {
     if (step[0] == "new files") {
-      Step("new local files: 项目/设计文档/草图.txt, Projects/draft.md");
+      Step("new local files: 项目/设计文档/草图.txt, Projects/draft.md, and an editor's lock file "
+           "Projects/~$plan.docx and a partial download Projects/setup.crdownload, which the ignore rules skip");
       std::ofstream(root + "/项目/设计文档/草图.txt") << "sketch\n";
       std::ofstream(root + "/Projects/draft.md") << "# draft\n";
+      std::ofstream(root + "/Projects/~$plan.docx") << "lock\n";
+      std::ofstream(root + "/Projects/setup.crdownload") << "partial\n";
       continue;
     }
     std::string line = "docmgr-cli";

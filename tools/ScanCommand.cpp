@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <random>
 #include <set>
@@ -11,8 +12,15 @@
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
 #include "ProgressBar.h"
+#include "docmgr/public/ncIADSMgr.h"
+#include "docmgr/public/ncILogMgr.h"
 
 namespace {
+
+// The sync log the scan writes its events to, and its task codes.
+const int kScanLogType = 0;
+const int32_t kTaskRecorded = 1;
+const int32_t kTaskRemoved = 2;
 
 struct Entry {
   std::string path;  // absolute
@@ -22,8 +30,10 @@ struct Entry {
 };
 
 // Every file and folder below folder, parents before their children, names in byte order.
-// Symbolic links and special files are not synchronised and are left out.
-void Collect(const std::string& folder, const std::set<std::string>& skipped, std::vector<Entry>& entries) {
+// Symbolic links and special files are not synchronised and are left out, and so is what
+// the ignore rules name (a folder with everything in it); ignored counts those.
+void Collect(const std::string& folder, const std::set<std::string>& skipped,
+             const std::function<bool(const std::string&)>& isIgnored, std::vector<Entry>& entries, size_t& ignored) {
   DIR* dir = ::opendir(folder.c_str());
   if (!dir) return;
   std::vector<std::string> names;
@@ -38,9 +48,13 @@ void Collect(const std::string& folder, const std::set<std::string>& skipped, st
     struct stat info;
     if (skipped.count(path) || ::lstat(path.c_str(), &info) != 0) continue;
     if (!S_ISDIR(info.st_mode) && !S_ISREG(info.st_mode)) continue;
+    if (isIgnored(path)) {
+      ++ignored;
+      continue;
+    }
     const int64_t mtime = static_cast<int64_t>(info.st_mtim.tv_sec) * 1000000 + info.st_mtim.tv_nsec / 1000;
     entries.push_back({path, S_ISDIR(info.st_mode), mtime, S_ISDIR(info.st_mode) ? 0 : static_cast<int64_t>(info.st_size)});
-    if (S_ISDIR(info.st_mode)) Collect(path, skipped, entries);
+    if (S_ISDIR(info.st_mode)) Collect(path, skipped, isIgnored, entries, ignored);
   }
 }
 
@@ -50,6 +64,17 @@ base::String NewNodeName(std::mt19937_64& random) {
   std::snprintf(text, sizeof text, "%016llX%016llX", static_cast<unsigned long long>(random()),
                 static_cast<unsigned long long>(random()));
   return Wide(text);
+}
+
+// One sync-log entry of the scan (log type 0).
+void RecordEvent(ncILogMgr* log, int32_t task, const base::String& relPath, const Entry& entry) {
+  ncSyncLogInfo event;
+  event.taskType = task;
+  event.relPath = relPath;
+  event.size = entry.size;
+  event.time = entry.mtime / 1000000;  // seconds, as the other log entries
+  event.remark = entry.isDir ? u"folder" : u"file";
+  log->RecordSyncLog(kScanLogType, event);
 }
 
 base::String ParentOf(const base::String& relPath) {
@@ -66,9 +91,13 @@ int Scan(CliContext& context, const std::vector<std::string>& args) {
   ncIDocMgr* docMgr = context.openRoot(root);
   nsCOMPtr<ncIPathMgr> pathMgr = MainPathMgr(docMgr);
   nsCOMPtr<ncICacheMgr> cache = MainCacheMgr(docMgr);
+  nsCOMPtr<ncIADSMgr> tags = nsCOMPtr<ncIADSMgr>::adopt(docMgr->GetADSMgr());
+  nsCOMPtr<ncILogMgr> log = nsCOMPtr<ncILogMgr>::adopt(docMgr->GetLogMgr());
 
   std::vector<Entry> entries;
-  Collect(root, {Narrow(pathMgr->GetDBPath()), Narrow(pathMgr->GetUnsyncDocPath())}, entries);
+  size_t ignored = 0;
+  Collect(root, {Narrow(pathMgr->GetDBPath()), Narrow(pathMgr->GetUnsyncDocPath())},
+          [&pathMgr](const std::string& path) { return pathMgr->IsIgnorePath(Wide(path)); }, entries, ignored);
 
   // The first scan adopts the tree as synchronised; what appears later has not reached the
   // server yet.
@@ -99,10 +128,13 @@ int Scan(CliContext& context, const std::vector<std::string>& args) {
         }
         ++added;
         if (!baseline) ++unsynced;
+        RecordEvent(log.get(), kTaskRecorded, relPath, entry);
       }
       info.clientMTime = entry.mtime;
       info.size = entry.size;
       cache->Update(relPath, info);
+      // The file carries its document id, so a rename or move outside the client keeps it.
+      if (!entry.isDir) tags->SetDocIdInfo(Wide(entry.path), info.id);
       if (entry.isDir) {
         folderIds[relPath] = info.id;
         onDisk[relPath];
@@ -120,18 +152,21 @@ int Scan(CliContext& context, const std::vector<std::string>& args) {
     cache->GetScanSubInfos(folder.first, cached);
     for (const auto& child : cached) {
       if (folder.second.count(child.first)) continue;
-      cache->Delete(folder.first.empty() ? child.first : folder.first + u"\\" + child.first, false);
+      const base::String relPath = folder.first.empty() ? child.first : folder.first + u"\\" + child.first;
+      cache->Delete(relPath, false);
+      RecordEvent(log.get(), kTaskRemoved, relPath, Entry{std::string(), child.second.isDir, 0, child.second.size});
       ++removed;
     }
   }
 
   if (context.json) {
     std::printf("{\"root\": %s, \"recorded\": %zu, \"folders\": %zu, \"files\": %zu, \"new\": %zu, "
-                "\"unsynchronised\": %zu, \"removed\": %zu}\n",
-                JsonText(root).c_str(), folders + files, folders, files, added, unsynced, removed);
+                "\"unsynchronised\": %zu, \"removed\": %zu, \"ignored\": %zu}\n",
+                JsonText(root).c_str(), folders + files, folders, files, added, unsynced, removed, ignored);
   } else {
     std::printf("Recorded %zu items (%zu folders, %zu files) in the cache of %s.\n", folders + files, folders, files,
                 root.c_str());
+    std::printf("Tagged %zu files with their document ids; skipped %zu ignored items.\n", files, ignored);
     if (baseline) std::printf("First scan: every item is recorded as synchronised.\n");
     else std::printf("%zu new items recorded as unsynchronised; %zu vanished items removed.\n", unsynced, removed);
   }
@@ -139,7 +174,8 @@ int Scan(CliContext& context, const std::vector<std::string>& args) {
 }
 
 CLI_COMMAND("scan", "ROOT",
-            "record every file and folder in the cache (first scan: synchronised; later: new items unsynchronised)",
+            "record files and folders in the cache, tag files with their ids, log what changed "
+            "(first scan: synchronised; later: new items unsynchronised)",
             Scan);
 
 }  // namespace
