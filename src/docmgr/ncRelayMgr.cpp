@@ -26,6 +26,88 @@ String Decimal(int64_t value) { return base::ToString(value); }
 
 using Q = ncDocUtils;
 
+// --- rows ----------------------------------------------------------------------
+// A row in the column order of kUploadColumns or kDownloadColumns.
+
+void FromCells(char** c, ncUploadNonius& r) {
+  r.srcPath = Text(c[0]);
+  r.destPath = Text(c[1]);
+  r.docId = Text(c[2]);
+  r.md5 = Text(c[3]);
+  r.crc32 = Text(c[4]);
+  r.sliceMd5 = Text(c[5]);
+  r.uploadId = Text(c[6]);
+  r.lastModified = base::ToInt64(c[7]);
+  r.otag = Text(c[8]);
+  r.partSize = base::ToInt64(c[9]);
+  r.size = base::ToInt64(c[10]);
+  r.unUploadBlocks = Text(c[11]);
+  r.direcMode = base::ToInt64(c[12]) != 0;
+  r.status = base::ToInt32(c[13]);
+  r.taskSrc = base::ToInt32(c[14]);
+  r.onDup = base::ToInt32(c[15]);
+  r.delSrc = base::ToInt64(c[16]) != 0;
+  r.ratios = DecodeRatio(c[17]);
+  r.duration = base::ToInt64(c[18]);
+  r.csf = Text(c[19]);
+}
+
+void FromCells(char** c, ncDownloadNonius& r) {
+  r.srcPath = Text(c[0]);
+  r.destPath = Text(c[1]);
+  r.docId = Text(c[2]);
+  r.lastModified = base::ToInt64(c[3]);
+  r.otag = Text(c[4]);
+  r.docType = base::ToInt32(c[5]);
+  r.typeName = Text(c[6]);
+  r.viewType = base::ToInt32(c[7]);
+  r.viewName = Text(c[8]);
+  r.mtime = base::ToInt64(c[9]);
+  r.size = base::ToInt64(c[10]);
+  r.attr = base::ToInt32(c[11]);
+  r.range = base::ToInt64(c[12]);
+  r.direcMode = base::ToInt64(c[13]) != 0;
+  r.status = base::ToInt32(c[14]);
+  r.taskSrc = base::ToInt32(c[15]);
+  r.delSrc = base::ToInt64(c[16]) != 0;
+  r.ratios = DecodeRatio(c[17]);
+}
+
+// Appends the rows sql selects; false when it selects none.
+template <typename Row>
+bool ReadRows(ncDBMgr* db, const String& sql, std::vector<Row>& list) {
+  int rows = 0, columns = 0;
+  char** result = nullptr;
+  ncAutoGetTable table(db, sql, rows, columns, result);
+  for (int row = 1; row <= rows; ++row) {
+    Row r;
+    FromCells(result + row * columns, r);
+    list.push_back(std::move(r));
+  }
+  return rows > 0;
+}
+
+// The transfer recorded for a source path; false, and info as it was, when there is none.
+template <typename Row>
+bool ReadByPath(ncDBMgr* db, const char16_t* columns, const char16_t* table, const String& path, Row& info) {
+  std::vector<Row> found;
+  if (!ReadRows(db, base::Format(u"select %s from %s where srcPath='%s' limit 1", columns, table, Q::QuoteSql(path)),
+                found))
+    return false;
+  info = std::move(found.front());
+  return true;
+}
+
+// Pausing and deleting read the same on both tables.
+void SetRatiosAndStatus(ncDBMgr* db, const char16_t* table, const String& path, double ratios, int status) {
+  db->ExecuteSql(base::Format(u"update %s set ratios='%d', status='%d' where srcPath='%s'", table,
+                              ncRelayMgr::EncodeRatio(ratios), status, Q::QuoteSql(path)));
+}
+
+void DeleteByPath(ncDBMgr* db, const char16_t* table, const String& path) {
+  db->ExecuteSql(base::Format(u"delete from %s where srcPath='%s'", table, Q::QuoteSql(path)));
+}
+
 // --- block lists -------------------------------------------------------------
 // An element is "N" (one block), "A-B" (A to B, meaningful only when A < B) or "A-" (from
 // A on, the end not known yet; its B reads as 0).
@@ -117,47 +199,9 @@ void ncRelayMgr::UpdateUploadNonius(const ncUploadNonius& r) {
       r.taskSrc, r.onDup, r.delSrc, EncodeRatio(r.ratios), Decimal(r.duration), r.csf));
 }
 
-bool ncRelayMgr::ReadUploads(const String& sql, std::vector<ncUploadNonius>& list) {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(dbMgr_.get(), sql, rows, columns, result);
-  for (int row = 1; row <= rows; ++row) {
-    char** c = result + row * columns;
-    ncUploadNonius r;
-    r.srcPath = Text(c[0]);
-    r.destPath = Text(c[1]);
-    r.docId = Text(c[2]);
-    r.md5 = Text(c[3]);
-    r.crc32 = Text(c[4]);
-    r.sliceMd5 = Text(c[5]);
-    r.uploadId = Text(c[6]);
-    r.lastModified = base::ToInt64(c[7]);
-    r.otag = Text(c[8]);
-    r.partSize = base::ToInt64(c[9]);
-    r.size = base::ToInt64(c[10]);
-    r.unUploadBlocks = Text(c[11]);
-    r.direcMode = base::ToInt64(c[12]) != 0;
-    r.status = base::ToInt32(c[13]);
-    r.taskSrc = base::ToInt32(c[14]);
-    r.onDup = base::ToInt32(c[15]);
-    r.delSrc = base::ToInt64(c[16]) != 0;
-    r.ratios = DecodeRatio(c[17]);
-    r.duration = base::ToInt64(c[18]);
-    r.csf = Text(c[19]);
-    list.push_back(std::move(r));
-  }
-  return rows > 0;
-}
-
 bool ncRelayMgr::GetUploadNoniusByPath(const String& path, ncUploadNonius& info) {
   NC_TRACE(u"absPath: %s", path);
-  std::vector<ncUploadNonius> found;
-  if (!ReadUploads(base::Format(u"select %s from %s where srcPath='%s' limit 1", kUploadColumns, kUploadTable,
-                                Q::QuoteSql(path)),
-                   found))
-    return false;
-  info = std::move(found.front());
-  return true;
+  return ReadByPath(dbMgr_.get(), kUploadColumns, kUploadTable, path, info);
 }
 
 bool ncRelayMgr::HasUploadNoniusWithPath(const String& path) {
@@ -173,14 +217,16 @@ bool ncRelayMgr::HasUploadNoniusWithPath(const String& path) {
 
 bool ncRelayMgr::ListUploadNonius(std::vector<ncUploadNonius>& list, bool all) {
   NC_TRACE(u"all: %d", all);
-  return ReadUploads(all ? base::Format(u"select %s from %s order by status desc", kUploadColumns, kUploadTable)
-                         : base::Format(u"select %s from %s  where status!=2", kUploadColumns, kUploadTable),
-                     list);
+  return ReadRows(dbMgr_.get(),
+                  all ? base::Format(u"select %s from %s order by status desc", kUploadColumns, kUploadTable)
+                      : base::Format(u"select %s from %s  where status!=2", kUploadColumns, kUploadTable),
+                  list);
 }
 
 bool ncRelayMgr::ListUploadNoniusWithStatus2(std::vector<ncUploadNonius>& list) {
   NC_TRACE(u"this: 0x%p", this);
-  return ReadUploads(base::Format(u"select %s from %s where status=2", kUploadColumns, kUploadTable), list);
+  return ReadRows(dbMgr_.get(), base::Format(u"select %s from %s where status=2", kUploadColumns, kUploadTable),
+                  list);
 }
 
 void ncRelayMgr::UpdateUploadNoniusUnuploadBlocks(const String& path, const String& unUploadBlocks, int status) {
@@ -197,13 +243,12 @@ void ncRelayMgr::UpdateUploadNoniusDuration(const String& path, int64_t duration
 
 void ncRelayMgr::UpdateUploadNonius_Pause(const String& path, double ratios, int status) {
   NC_TRACE(u"absPath: %s", path);
-  dbMgr_->ExecuteSql(base::Format(u"update %s set ratios='%d', status='%d' where srcPath='%s'", kUploadTable,
-                                  EncodeRatio(ratios), status, Q::QuoteSql(path)));
+  SetRatiosAndStatus(dbMgr_.get(), kUploadTable, path, ratios, status);
 }
 
 void ncRelayMgr::DeleteUploadNonius(const String& path) {
   NC_TRACE(u"absPath: %s", path);
-  dbMgr_->ExecuteSql(base::Format(u"delete from %s where srcPath='%s'", kUploadTable, Q::QuoteSql(path)));
+  DeleteByPath(dbMgr_.get(), kUploadTable, path);
 }
 
 // --- block lists -----------------------------------------------------------------
@@ -316,57 +361,23 @@ void ncRelayMgr::UpdateDownloadNonius(const ncDownloadNonius& r) {
       r.attr, Decimal(r.range), r.direcMode, r.status, r.taskSrc, r.delSrc, EncodeRatio(r.ratios)));
 }
 
-bool ncRelayMgr::ReadDownloads(const String& sql, std::vector<ncDownloadNonius>& list) {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(dbMgr_.get(), sql, rows, columns, result);
-  for (int row = 1; row <= rows; ++row) {
-    char** c = result + row * columns;
-    ncDownloadNonius r;
-    r.srcPath = Text(c[0]);
-    r.destPath = Text(c[1]);
-    r.docId = Text(c[2]);
-    r.lastModified = base::ToInt64(c[3]);
-    r.otag = Text(c[4]);
-    r.docType = base::ToInt32(c[5]);
-    r.typeName = Text(c[6]);
-    r.viewType = base::ToInt32(c[7]);
-    r.viewName = Text(c[8]);
-    r.mtime = base::ToInt64(c[9]);
-    r.size = base::ToInt64(c[10]);
-    r.attr = base::ToInt32(c[11]);
-    r.range = base::ToInt64(c[12]);
-    r.direcMode = base::ToInt64(c[13]) != 0;
-    r.status = base::ToInt32(c[14]);
-    r.taskSrc = base::ToInt32(c[15]);
-    r.delSrc = base::ToInt64(c[16]) != 0;
-    r.ratios = DecodeRatio(c[17]);
-    list.push_back(std::move(r));
-  }
-  return rows > 0;
-}
-
 bool ncRelayMgr::GetDownloadNoniusByPath(const String& path, ncDownloadNonius& info) {
   NC_TRACE(u"absPath: %s", path);
-  std::vector<ncDownloadNonius> found;
-  if (!ReadDownloads(base::Format(u"select %s from %s where srcPath='%s' limit 1", kDownloadColumns, kDownloadTable,
-                                  Q::QuoteSql(path)),
-                     found))
-    return false;
-  info = std::move(found.front());
-  return true;
+  return ReadByPath(dbMgr_.get(), kDownloadColumns, kDownloadTable, path, info);
 }
 
 bool ncRelayMgr::ListDownloadNonius(std::vector<ncDownloadNonius>& list, bool all) {
   NC_TRACE(u"all: %d", all);
-  return ReadDownloads(all ? base::Format(u"select %s from %s  order by status desc", kDownloadColumns, kDownloadTable)
-                           : base::Format(u"select %s from %s  where status!=2", kDownloadColumns, kDownloadTable),
-                       list);
+  return ReadRows(dbMgr_.get(),
+                  all ? base::Format(u"select %s from %s  order by status desc", kDownloadColumns, kDownloadTable)
+                      : base::Format(u"select %s from %s  where status!=2", kDownloadColumns, kDownloadTable),
+                  list);
 }
 
 bool ncRelayMgr::ListDownloadNoniusWithStatus2(std::vector<ncDownloadNonius>& list) {
   NC_TRACE(u"this: 0x%p", this);
-  return ReadDownloads(base::Format(u"select %s from %s  where status=2", kDownloadColumns, kDownloadTable), list);
+  return ReadRows(dbMgr_.get(), base::Format(u"select %s from %s  where status=2", kDownloadColumns, kDownloadTable),
+                  list);
 }
 
 void ncRelayMgr::UpdateDownloadNoniusRange(const String& path, int64_t range, int status, int64_t lastModified) {
@@ -377,11 +388,10 @@ void ncRelayMgr::UpdateDownloadNoniusRange(const String& path, int64_t range, in
 
 void ncRelayMgr::UpdateDownloadNonius_Pause(const String& path, double ratios, int status) {
   NC_TRACE(u"absPath: %s", path);
-  dbMgr_->ExecuteSql(base::Format(u"update %s set ratios='%d', status='%d' where srcPath='%s'", kDownloadTable,
-                                  EncodeRatio(ratios), status, Q::QuoteSql(path)));
+  SetRatiosAndStatus(dbMgr_.get(), kDownloadTable, path, ratios, status);
 }
 
 void ncRelayMgr::DeleteDownloadNonius(const String& path) {
   NC_TRACE(u"absPath: %s", path);
-  dbMgr_->ExecuteSql(base::Format(u"delete from %s where srcPath='%s'", kDownloadTable, Q::QuoteSql(path)));
+  DeleteByPath(dbMgr_.get(), kDownloadTable, path);
 }

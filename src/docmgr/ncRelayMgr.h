@@ -46,8 +46,5 @@ class ncRelayMgr : public ncIRelayMgr {
   virtual ~ncRelayMgr();
 
  private:
-  bool ReadUploads(const String& sql, std::vector<ncUploadNonius>& list);
-  bool ReadDownloads(const String& sql, std::vector<ncDownloadNonius>& list);
-
   nsCOMPtr<ncDBMgr> dbMgr_;
 };
