@@ -70,6 +70,37 @@ struct ValueT<Char>::Reader {
   [[noreturn]] void fail(const char* member) const {
     JSON_RAISE(Char, ParseError, member, u"Parse error: pos=%u.", static_cast<unsigned>(pos));
   }
+  // Fails unless units more units remain; the error then names the end of the text, where
+  // the input ran short.
+  void require(size_t units, const char* member) {
+    if (size - pos >= units) return;
+    pos = size;
+    fail(member);
+  }
+  // At the opening bracket of an array or object: one level deeper, past the bracket and
+  // the blanks after it. False for an empty one, whose closing bracket is passed as well.
+  bool openContainer(Char close, const char* member) {
+    if (++depth > kMaxDepth) fail(member);
+    ++pos;
+    skipBlanks();
+    if (atEnd() || peek() != close) return true;
+    ++pos;
+    --depth;
+    return false;
+  }
+  // After an element or member: true past a comma, false past the closing bracket.
+  bool nextInContainer(Char close, const char* member) {
+    skipBlanks();
+    if (atEnd()) fail(member);
+    if (peek() == ',') {
+      ++pos;
+      return true;
+    }
+    if (peek() != close) fail(member);
+    ++pos;
+    --depth;
+    return false;
+  }
 };
 
 // --- typed access ----------------------------------------------------------
@@ -300,10 +331,7 @@ void ValueT<Char>::decode_unicode(string_type& out, Reader& reader) {
   static const char* const kName = "decode_unicode";
   const size_t escape = reader.pos - 1;  // the backslash
   ++reader.pos;
-  if (reader.size - reader.pos < 4) {
-    reader.pos = reader.size;
-    reader.fail(kName);
-  }
+  reader.require(4, kName);
   uint32_t codePoint = hex_to_ushort(reader.text + reader.pos);
   reader.pos += 4;
   const auto invalid = [&]() {
@@ -312,16 +340,10 @@ void ValueT<Char>::decode_unicode(string_type& out, Reader& reader) {
   };
   if (codePoint >= 0xDC00 && codePoint <= 0xDFFF) invalid();
   if (codePoint >= 0xD800 && codePoint <= 0xDBFF) {
-    if (reader.size - reader.pos < 2) {
-      reader.pos = reader.size;
-      reader.fail(kName);
-    }
+    reader.require(2, kName);
     if (reader.text[reader.pos] != '\\' || reader.text[reader.pos + 1] != 'u') invalid();
     reader.pos += 2;
-    if (reader.size - reader.pos < 4) {
-      reader.pos = reader.size;
-      reader.fail(kName);
-    }
+    reader.require(4, kName);
     const uint32_t low = hex_to_ushort(reader.text + reader.pos);
     reader.pos += 4;
     if (low < 0xDC00 || low > 0xDFFF) invalid();
@@ -392,48 +414,23 @@ void ValueT<Char>::read_nil(ValueT& value, Reader& reader) {
 template <typename Char>
 void ValueT<Char>::read_array(ValueT& value, Reader& reader) {
   static const char* const kName = "read_array";
-  if (++reader.depth > kMaxDepth) reader.fail(kName);
-  ++reader.pos;  // '['
   value.type_ = ArrayType;
   value.array_.clear();
-  reader.skipBlanks();
-  if (!reader.atEnd() && reader.peek() == ']') {
-    ++reader.pos;
-    --reader.depth;
-    return;
-  }
-  for (;;) {
+  if (!reader.openContainer(']', kName)) return;
+  do {
     value.array_.emplace_back();
     read_value(value.array_.back(), reader);
-    reader.skipBlanks();
-    if (reader.atEnd()) reader.fail(kName);
-    if (reader.peek() == ',') {
-      ++reader.pos;
-    } else if (reader.peek() == ']') {
-      ++reader.pos;
-      break;
-    } else {
-      reader.fail(kName);
-    }
-  }
-  --reader.depth;
+  } while (reader.nextInContainer(']', kName));
 }
 
 template <typename Char>
 void ValueT<Char>::read_object(ValueT& value, Reader& reader) {
   static const char* const kName = "read_object";
-  if (++reader.depth > kMaxDepth) reader.fail(kName);
-  ++reader.pos;  // '{'
   value.type_ = ObjectType;
   value.object_.clear();
-  reader.skipBlanks();
-  if (!reader.atEnd() && reader.peek() == '}') {
-    ++reader.pos;
-    --reader.depth;
-    return;
-  }
+  if (!reader.openContainer('}', kName)) return;
   string_type key;
-  for (;;) {
+  do {
     reader.skipBlanks();
     if (reader.atEnd() || reader.peek() != '"') reader.fail(kName);
     read_string(key, reader);
@@ -443,18 +440,7 @@ void ValueT<Char>::read_object(ValueT& value, Reader& reader) {
     ValueT member;
     read_value(member, reader);
     value.object_[key] = std::move(member);  // a repeated name keeps the last value
-    reader.skipBlanks();
-    if (reader.atEnd()) reader.fail(kName);
-    if (reader.peek() == ',') {
-      ++reader.pos;
-    } else if (reader.peek() == '}') {
-      ++reader.pos;
-      break;
-    } else {
-      reader.fail(kName);
-    }
-  }
-  --reader.depth;
+  } while (reader.nextInContainer('}', kName));
 }
 
 // --- writer ----------------------------------------------------------------
