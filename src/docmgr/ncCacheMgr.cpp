@@ -123,6 +123,26 @@ class Query {
   ncAutoGetTable table_;
 };
 
+// The columns from otag to watermark of a record, in the order of kSelectInfo, starting at
+// column first of the given row.
+void ReadRecordColumns(const Query& query, int row, int first, ncCacheInfo& info) {
+  int column = first;
+  info.otag = query.text(row, column++);
+  info.type = query.int32(row, column++);
+  info.isDir = query.flag(row, column++);
+  info.state = query.int32(row, column++);
+  info.serverMTime = query.int64(row, column++);
+  info.clientMTime = query.int64(row, column++);
+  info.size = query.int64(row, column++);
+  info.typeName = query.text(row, column++);
+  info.attr = query.int32(row, column++);
+  info.viewType = static_cast<int32_t>(query.int64(row, column++));
+  info.viewName = query.text(row, column++);
+  info.errcode = query.int32(row, column++);
+  info.execTask = query.int32(row, column++);
+  info.watermark = query.flag(row, column);
+}
+
 }  // namespace
 
 NC_IMPL_POOLED_ISUPPORTS1(ncCacheMgr, ncICacheMgr)
@@ -363,20 +383,7 @@ bool ncCacheMgr::ReadInfo(const String& sql, ncCacheInfo& info) {
   Query query(db_.get(), sql);
   if (query.rows() == 0) return false;
   info.id = query.text(0, 0);
-  info.otag = query.text(0, 1);
-  info.type = query.int32(0, 2);
-  info.isDir = query.flag(0, 3);
-  info.state = query.int32(0, 4);
-  info.serverMTime = query.int64(0, 5);
-  info.clientMTime = query.int64(0, 6);
-  info.size = query.int64(0, 7);
-  info.typeName = query.text(0, 8);
-  info.attr = query.int32(0, 9);
-  info.viewType = static_cast<int32_t>(query.int64(0, 10));
-  info.viewName = query.text(0, 11);
-  info.errcode = query.int32(0, 12);
-  info.execTask = query.int32(0, 13);
-  info.watermark = query.flag(0, 14);
+  ReadRecordColumns(query, 0, 1, info);
   return true;
 }
 
@@ -424,20 +431,7 @@ bool ncCacheMgr::GetInfoByDocId(const String& docId, ncCacheDocInfo& info) {
   info.id = docId;
   info.name = query.text(0, 0);
   info.parentPath = query.text(0, 1);
-  info.otag = query.text(0, 2);
-  info.type = query.int32(0, 3);
-  info.isDir = query.flag(0, 4);
-  info.state = query.int32(0, 5);
-  info.serverMTime = query.int64(0, 6);
-  info.clientMTime = query.int64(0, 7);
-  info.size = query.int64(0, 8);
-  info.typeName = query.text(0, 9);
-  info.attr = query.int32(0, 10);
-  info.viewType = static_cast<int32_t>(query.int64(0, 11));
-  info.viewName = query.text(0, 12);
-  info.errcode = query.int32(0, 13);
-  info.execTask = query.int32(0, 14);
-  info.watermark = query.flag(0, 15);
+  ReadRecordColumns(query, 0, 2, info);
   return true;
 }
 
@@ -602,20 +596,7 @@ void ncCacheMgr::GetCacheSubInfos(const String& relPath, std::vector<ncCacheDocI
     info.id = query.text(row, 0);
     info.name = query.text(row, 1);
     info.parentPath = query.text(row, 2);
-    info.otag = query.text(row, 3);
-    info.type = query.int32(row, 4);
-    info.isDir = query.flag(row, 5);
-    info.state = query.int32(row, 6);
-    info.serverMTime = query.int64(row, 7);
-    info.clientMTime = query.int64(row, 8);
-    info.size = query.int64(row, 9);
-    info.typeName = query.text(row, 10);
-    info.attr = query.int32(row, 11);
-    info.viewType = static_cast<int32_t>(query.int64(row, 12));
-    info.viewName = query.text(row, 13);
-    info.errcode = query.int32(row, 14);
-    info.execTask = query.int32(row, 15);
-    info.watermark = query.flag(row, 16);
+    ReadRecordColumns(query, row, 3, info);
     infos.push_back(info);
   }
 }
