@@ -150,18 +150,22 @@ const ncDocMgr::LocalSync* ncDocMgr::FindLocalSync(const String& path) const {
   return entry == localSyncs_.end() ? nullptr : &entry->second;
 }
 
+template <typename Interface, typename Manager>
+Interface* ncDocMgr::ManagerFor(const String& path, const nsCOMPtr<Manager>& main,
+                                nsCOMPtr<Manager> LocalSync::*ofLocalSync) const {
+  if (path.empty()) return AddRefed<Interface>(main.get());
+  const LocalSync* entry = FindLocalSync(path);
+  return entry ? AddRefed<Interface>((entry->*ofLocalSync).get()) : nullptr;
+}
+
 ncIPathMgr* ncDocMgr::GetPathMgr(const String& path) {
   NC_TRACE(u"this: 0x%p", this);
-  if (path.empty()) return AddRefed<ncIPathMgr>(pathMgr_.get());
-  const LocalSync* entry = FindLocalSync(path);
-  return entry ? AddRefed<ncIPathMgr>(entry->pathMgr.get()) : nullptr;
+  return ManagerFor<ncIPathMgr>(path, pathMgr_, &LocalSync::pathMgr);
 }
 
 ncIFileMgr* ncDocMgr::GetFileMgr(const String& path) {
   NC_TRACE(u"this: 0x%p", this);
-  if (path.empty()) return AddRefed<ncIFileMgr>(fileMgr_.get());
-  const LocalSync* entry = FindLocalSync(path);
-  return entry ? AddRefed<ncIFileMgr>(entry->fileMgr.get()) : nullptr;
+  return ManagerFor<ncIFileMgr>(path, fileMgr_, &LocalSync::fileMgr);
 }
 
 ncIADSMgr* ncDocMgr::GetADSMgr() {
@@ -171,9 +175,7 @@ ncIADSMgr* ncDocMgr::GetADSMgr() {
 
 ncICacheMgr* ncDocMgr::GetCacheMgr(const String& path) {
   NC_TRACE(u"this: 0x%p", this);
-  if (path.empty()) return AddRefed<ncICacheMgr>(cacheMgr_.get());
-  const LocalSync* entry = FindLocalSync(path);
-  return entry ? AddRefed<ncICacheMgr>(entry->cacheMgr.get()) : nullptr;
+  return ManagerFor<ncICacheMgr>(path, cacheMgr_, &LocalSync::cacheMgr);
 }
 
 // The managers below arrive with their stores; until then the facade has none to hand out.
@@ -189,9 +191,7 @@ ncIMsgMgr* ncDocMgr::GetMsgMgr() {
 
 ncIRelayMgr* ncDocMgr::GetRelayMgr(const String& path) {
   NC_TRACE(u"this: 0x%p", this);
-  if (path.empty()) return AddRefed<ncIRelayMgr>(relayMgr_.get());
-  const LocalSync* entry = FindLocalSync(path);
-  return entry ? AddRefed<ncIRelayMgr>(entry->relayMgr.get()) : nullptr;
+  return ManagerFor<ncIRelayMgr>(path, relayMgr_, &LocalSync::relayMgr);
 }
 
 ncIDBMgr* ncDocMgr::CreateDBMgr() {

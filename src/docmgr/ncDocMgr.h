@@ -54,6 +54,11 @@ class ncDocMgr : public ncIDocMgr {
 
   // The entry of a local sync root, or null; "" selects none.
   const LocalSync* FindLocalSync(const String& path) const;
+  // A manager handed out for a root: main for "", the local sync root's own for its path,
+  // null for a path that is no local sync root.
+  template <typename Interface, typename Manager>
+  Interface* ManagerFor(const String& path, const nsCOMPtr<Manager>& main,
+                        nsCOMPtr<Manager> LocalSync::*ofLocalSync) const;
   static void CreateHiddenDirectory(const String& path);
   void CloseLocalSync(LocalSync& entry);
   // Gives each top folder that exists under the root its icon and display text.
