@@ -63,6 +63,13 @@ void ncFileMgr::ClearTempPath(const String& source, const String& tmp) {
   if (base::File::exists(platform::AddLongPathPrefix(source))) Delete(tmp);
 }
 
+String ncFileMgr::RenameToTempPath(const String& path, const String& docId) {
+  const String tmp = pathMgr_->GetContainDocIdTempPathName(path, docId);
+  ClearTempPath(path, tmp);
+  Rename(path, tmp);
+  return tmp;
+}
+
 void ncFileMgr::Move(const String& srcPath, String& newPath) {
   NC_TRACE(u"srcPath: %s, newPath: %s", srcPath, newPath);
   NC_CHECK_PATH(srcPath);
@@ -149,18 +156,14 @@ void ncFileMgr::InternalRename(const String& oldPath, const String& newPath, con
   NC_TRACE(u"oldPath: %s, newPath: %s", oldPath, newPath);
   NC_CHECK_PATH(oldPath);
   NC_CHECK_PATH(newPath);
-  const String tmp = pathMgr_->GetContainDocIdTempPathName(oldPath, docId);
-  ClearTempPath(oldPath, tmp);
-  Rename(oldPath, tmp);
+  const String tmp = RenameToTempPath(oldPath, docId);
   Rename(tmp, newPath);
 }
 
 void ncFileMgr::InternalDelete(const String& path, const String& docId) {
   NC_TRACE(u"path: %s", path);
   NC_CHECK_PATH(path);
-  const String tmp = pathMgr_->GetContainDocIdTempPathName(path, docId);
-  ClearTempPath(path, tmp);
-  Rename(path, tmp);
+  const String tmp = RenameToTempPath(path, docId);
   Delete(tmp);
 }
 
@@ -168,9 +171,7 @@ void ncFileMgr::MoveNoADS(const String& srcPath, const String& newPath, const St
   NC_TRACE(u"srcPath: %s, newPath: %s", srcPath, newPath);
   NC_CHECK_PATH(srcPath);
   NC_CHECK_PATH(newPath);
-  const String tmp = pathMgr_->GetContainDocIdTempPathName(srcPath, docId);
-  ClearTempPath(srcPath, tmp);
-  Rename(srcPath, tmp);
+  const String tmp = RenameToTempPath(srcPath, docId);
   RemoveStreams(tmp, kAllStreams, sizeof kAllStreams / sizeof kAllStreams[0]);
   String target = newPath;
   Move(tmp, target);
@@ -192,9 +193,7 @@ String ncFileMgr::CreateDupDoc(const String& path, const String& docId) {
                                     : base::Path::getFileName(path);
   String target = base::Path::combine(folder, part);
 
-  const String tmp = pathMgr_->GetContainDocIdTempPathName(path, docId);
-  ClearTempPath(path, tmp);
-  Rename(path, tmp);
+  const String tmp = RenameToTempPath(path, docId);
   RemoveStreams(tmp, kDuplicateStreams, sizeof kDuplicateStreams / sizeof kDuplicateStreams[0]);
   Move(tmp, target);
   return target;

@@ -31,6 +31,10 @@ class ncFileMgr : public ncIFileMgr {
   // Clears the temporary name for an operation on source. A temporary name whose source
   // has gone is what an interrupted operation left: it holds the item and stays.
   void ClearTempPath(const String& source, const String& tmp);
+  // Renames path to its temporary working name for docId (cleared first) and returns that
+  // name. Renames, deletes and moves step through it, so an interrupted one leaves the item
+  // under that name.
+  String RenameToTempPath(const String& path, const String& docId);
   static void EnsureParentFolder(const String& path);
   static void RemoveStreams(const String& path, const char16_t* const* streams, size_t count);
   // The icon file of the folder customisation.
