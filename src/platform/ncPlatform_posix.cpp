@@ -299,20 +299,44 @@ bool FailMissingTarget(const std::string& source) {
   return Fail(::lstat(source.c_str(), &info) == 0 ? kErrorPathNotFound : kErrorFileNotFound);
 }
 
+// Puts a finished copy in place: beside an existing target only when replacing is allowed.
+bool PlaceCopy(const std::string& temporary, const std::string& target, bool failIfExists) {
+  if (!failIfExists) return ::rename(temporary.c_str(), target.c_str()) == 0;
+  if (::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  // A file system without RENAME_NOREPLACE: a hard link never replaces either.
+  if (::link(temporary.c_str(), target.c_str()) != 0) return false;
+  ::unlink(temporary.c_str());
+  return true;
+}
+
+// The copy is written to a hidden temporary file beside the target and put in place only
+// when it is complete, so a failure leaves an existing target as it was.
 bool CopyRegularFile(const std::string& source, const std::string& target, bool failIfExists) {
   FileDescriptor from(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
   if (!from.valid()) return FailFromErrno();
   struct stat info;
   if (::fstat(from.get(), &info) != 0) return FailFromErrno();
   if (!S_ISREG(info.st_mode)) return Fail(kErrorAccessDenied);  // as CopyFileW on a folder
-  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (failIfExists ? O_EXCL : O_TRUNC);
-  FileDescriptor to(::open(target.c_str(), flags, (info.st_mode & 07777) | S_IWUSR));
+  struct stat existing;
+  if (::stat(target.c_str(), &existing) == 0) {
+    if (failIfExists) return Fail(kErrorAlreadyExists);
+    if (existing.st_dev == info.st_dev && existing.st_ino == info.st_ino) return Fail(kErrorSharingViolation);
+    if (S_ISDIR(existing.st_mode)) return Fail(kErrorAccessDenied);
+  }
+  const size_t slash = target.rfind('/');
+  // A working name of the component, which the sync engine leaves alone.
+  const char suffix[] = ".kestrove.temp";
+  std::string temporary = (slash == std::string::npos ? std::string() : target.substr(0, slash + 1)) +
+                          ".copy-XXXXXX" + suffix;
+  FileDescriptor to(::mkostemps(&temporary[0], sizeof suffix - 1, O_CLOEXEC));
   if (!to.valid()) return errno == ENOENT ? Fail(kErrorPathNotFound) : FailFromErrno();
   const struct timespec times[2] = {info.st_atim, info.st_mtim};
   if (!CopyData(from.get(), to.get()) || !CopyUserAttributes(from.get(), to.get()) ||
-      ::fchmod(to.get(), info.st_mode & 07777) != 0 || ::futimens(to.get(), times) != 0) {
+      ::fchmod(to.get(), info.st_mode & 07777) != 0 || ::futimens(to.get(), times) != 0 ||
+      !PlaceCopy(temporary, target, failIfExists)) {
     const uint32_t code = Win32ErrorFromErrno(errno);
-    ::unlink(target.c_str());  // no half-written copy is left behind
+    ::unlink(temporary.c_str());
     return Fail(code);
   }
   return Succeed();
