@@ -39,6 +39,9 @@ TEST(PathMgrTest, LocalSyncRootPathsStartWithTheRootName) {
   EXPECT_FALSE(pathMgr->IsDriveRoot());
   EXPECT_EQ(u"Sync\\x", pathMgr->GetRelativePath(u"/work/Sync/x"));
   EXPECT_EQ(u"/work/Sync/x", pathMgr->GetAbsolutePath(u"Sync\\x"));
+  nsCOMPtr<ncPathMgr> underRoot = MakePathMgr(u"/data", true);
+  EXPECT_EQ(u"data\\x", underRoot->GetRelativePath(u"/data/x"));
+  EXPECT_EQ(u"/data/x/y", underRoot->GetAbsolutePath(u"data\\x\\y"));
   EXPECT_TRUE(MakePathMgr(u"D:", true)->IsDriveRoot());
   EXPECT_FALSE(MakePathMgr(u"D:", false)->IsDriveRoot());
 }

@@ -49,7 +49,8 @@ void ncPathMgr::Init(const String& path, bool isLocalSync) {
   const size_t colon = path.find(u':');
   isDriveRoot_ = isLocalSync && colon != String::npos && colon + 1 == path.size();
   const size_t separator = path.rfind(base::Path::kSeparator);
-  parentPath_ = separator == String::npos ? String() : path.substr(0, separator);
+  // The parent of a folder directly under the file system's root is that root itself.
+  parentPath_ = separator == String::npos ? String() : path.substr(0, separator == 0 ? 1 : separator);
   dbPath_ = base::Path::combine(path, kDataDirectorySuffix);
   unsyncDocPath_ = base::Path::combine(rootPath_, ncDocMgrLibrary::loadString(u"IDS_UNSYNC_DOC"));
 }
