@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "TestSupport.h"
@@ -188,7 +189,7 @@ TEST_F(CacheMgrTest, RenameAndDeleteHandleQuotesAndLikeWildcardsInNames) {
   EXPECT_EQ(0u, Query("select * from tb_cacheInfo where parentPath like 'new%' or name like 'new%'").size());
 }
 
-TEST_F(CacheMgrTest, FailedRenameLeavesNothingAfterTheCallerRollsBack) {
+TEST_F(CacheMgrTest, FailedRenameLeavesNothingAndLaterWritesStay) {
   Add(u"a", 1);
   Add(u"a\\b", 1);
   Add(u"a\\b\\f.txt");
@@ -198,10 +199,10 @@ TEST_F(CacheMgrTest, FailedRenameLeavesNothingAfterTheCallerRollsBack) {
   sqlite3* handle = cache_->GetDBMgr()->GetHandle();
 
   EXPECT_THROW_CODE(cache_->Rename(u"a\\b", u"a\\c"), 1);  // the name is changed, then a child collides
-  EXPECT_EQ(0, sqlite3_get_autocommit(handle)) << "the transaction is left to the caller";
-  cache_->GetDBMgr()->RollbackTransaction();
-  EXPECT_NE(0, sqlite3_get_autocommit(handle));
+  EXPECT_NE(0, sqlite3_get_autocommit(handle)) << "the rename is rolled back, no transaction stays open";
   EXPECT_EQ(before, Paths());
+  std::thread other([this] { Add(u"a\\from another thread"); });  // the transaction lock is free
+  other.join();
 
   cache_->Delete(u"a\\c", false);
   cache_->Rename(u"a\\b", u"a\\c");

@@ -224,6 +224,14 @@ String ncCacheMgr::UpdateStatement(const String& name, const String& parentPath,
                                   Decimal(info.errcode), Decimal(info.execTask), Decimal(info.watermark)});
 }
 
+void ncCacheMgr::RollBackQuietly() {
+  try {
+    db_->RollbackTransaction();
+  } catch (const base::Exception&) {
+    // The statement's own error is the one to report.
+  }
+}
+
 void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {
   NC_TRACE(u"relPath: %s, newRelPath: %s", relPath, newRelPath);
   const String oldWorking = WithoutView(relPath);
@@ -236,12 +244,14 @@ void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {
   if (oldParent != newParent)
     NC_THROW(NC_ERR_INVALID_ARG, ncDocMgrLibrary::loadString(u"IDS_RENAME_NOT_SAME_PARENT"), relPath, newRelPath);
 
-  // A failure below leaves the transaction open for the caller to roll back.
+  // A failed statement rolls the whole rename back before the exception goes on: a
+  // transaction left open would hold the lock and take every later write of this cache
+  // with it when the connection closes.
   db_->BeginTransaction();
-  const String quotedNewName = Quote(newName);
-  db_->ExecuteSql(Format(u"update %s set name='%s', acronym='%s' where name='%s' and parentPath='%s'", kTable,
-                         quotedNewName, Acronym(quotedNewName), Quote(oldName), Quote(oldParent)));
-  {
+  try {
+    const String quotedNewName = Quote(newName);
+    db_->ExecuteSql(Format(u"update %s set name='%s', acronym='%s' where name='%s' and parentPath='%s'", kTable,
+                           quotedNewName, Acronym(quotedNewName), Quote(oldName), Quote(oldParent)));
     const String oldPath = base::Trim(oldWorking, u'\\');
     const String& newPath = newWorking;
     const String quotedOldPath = Quote(oldPath);
@@ -253,6 +263,9 @@ void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {
       db_->ExecuteSql(Format(u"update %s set parentPath='%s' where parentPath='%s'", kTable, Quote(newValue),
                              Quote(oldValue)));
     }
+  } catch (...) {
+    RollBackQuietly();
+    throw;
   }
   db_->CommitTransaction();
 }

@@ -60,7 +60,7 @@ class ncCacheMgr : public ncICacheMgr {
   // The statement Update runs for the row at (name, parentPath).
   static String UpdateStatement(const String& name, const String& parentPath, const ncCacheInfo& info);
 
-  // The database, for the caller that has to roll back after a failed Rename.
+  // The cache's database connection.
   ncDBMgr* GetDBMgr() const { return db_.get(); }
   bool IsViewMode() const { return viewMode_; }
 
@@ -68,6 +68,7 @@ class ncCacheMgr : public ncICacheMgr {
   virtual ~ncCacheMgr();
 
  private:
+  void RollBackQuietly();
   // The path without its view folder in view mode (everything after the first "\").
   String WithoutView(const String& relPath) const;
   // The view step, the path check and the split shared by the update operations.

@@ -120,9 +120,8 @@ class ncICacheMgr : public nsISupports {
   virtual void Update(const base::String& relPath, const ncCacheInfo& info) = 0;
   // Renames an item inside its folder and moves the parent paths of everything below it,
   // in one transaction. A new path in another folder throws code 2
-  // ("IDS_RENAME_NOT_SAME_PARENT"). When a statement fails the exception reaches the caller
-  // with the transaction still open and its lock held: the caller must call
-  // RollbackTransaction on the cache's database (ncCacheMgr::GetDBMgr).
+  // ("IDS_RENAME_NOT_SAME_PARENT"). When a statement fails the rename is rolled back as a
+  // whole before the exception reaches the caller; nothing of it stays.
   virtual void Rename(const base::String& relPath, const base::String& newRelPath) = 0;
   // Removes the item (unless onlyChild) and everything below it. In view mode a bare view
   // folder removes every row of that view.
