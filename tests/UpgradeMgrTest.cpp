@@ -1,6 +1,7 @@
 // The upgrade manager's decisions: what a fresh installation records, the range check, the
 // move of the journals to the second root, and the outcome of a run.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <chrono>
 #include <thread>
@@ -79,6 +80,49 @@ TEST(UpgradeMgrTest, OlderRootsAreCountedAndJournalsMoveToTheSecondRoot) {
   EXPECT_EQ(3, summary.state);
   EXPECT_NE(String::npos, summary.message.find(u"schema version 6"));
   upgrade->Close();
+}
+
+TEST(UpgradeMgrTest, MovedJournalKeepsWhatWasStillInItsWriteAheadLog) {
+  test::TempDir dir;
+  StampVersion(dir.child("main"), 24, 1);
+  // A log.db left by a client that stopped without closing it: its rows are in log.db-wal.
+  const std::string live = dir.path() + "/live.db";
+  sqlite3* db = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open(live.c_str(), &db));
+  sqlite3_exec(db, "PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0; create table t (x int);"
+                   "insert into t values (1), (2), (3);", nullptr, nullptr, nullptr);
+  const std::string data = dir.path() + "/main/.kestrove.cache/";
+  test::WriteFile(data + "log.db", test::ReadFile(live));
+  test::WriteFile(data + "log.db-wal", test::ReadFile(live + "-wal"));
+  sqlite3_close(db);
+
+  nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
+  upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
+  upgrade->Close();
+  EXPECT_FALSE(test::Exists(data + "log.db-wal"));
+  ASSERT_EQ(SQLITE_OK, sqlite3_open((dir.path() + "/logs/.kestrove.cache/log.db").c_str(), &db));
+  sqlite3_stmt* count = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_prepare_v2(db, "select count(*) from t", -1, &count, nullptr));
+  ASSERT_EQ(SQLITE_ROW, sqlite3_step(count));
+  EXPECT_EQ(3, sqlite3_column_int(count, 0));
+  sqlite3_finalize(count);
+  sqlite3_close(db);
+}
+
+TEST(UpgradeMgrTest, ViewLayoutChangeWithoutAStepIsNotRecorded) {
+  test::TempDir dir;
+  StampVersion(dir.child("main"), 24, 1);
+  StampVersion(dir.child("logs"), 24, 0);
+  nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
+  upgrade->Init(dir.child("main"), dir.child("logs"), {}, 2);
+  EXPECT_TRUE(upgrade->NeedUpgrade());
+  const ncUpgradeSummary summary = RunToEnd(upgrade.get());
+  EXPECT_EQ(3, summary.state);
+  EXPECT_EQ(u"No step converts the view layout 1 to 2.", summary.message);
+  upgrade->Close();
+  ncConfigDBInfo primary;
+  primary.Init(dir.child("main"), false);
+  EXPECT_EQ(1, primary.GetViewVer());
 }
 
 }  // namespace

@@ -30,8 +30,19 @@ void ncUpgradeMgr::MoveJournal(const String& fromDir, const String& toDir, const
   const String from = base::Path::combine(fromDir, name);
   const String to = base::Path::combine(toDir, name);
   if (!base::File::exists(from) || base::File::exists(to)) return;
+  // Committed pages may still sit in the write-ahead log beside the file: fold them in
+  // first, so the copy is the whole database. A file SQLite cannot read moves as it is.
+  try {
+    nsCOMPtr<ncDBMgr> db(NC_NEW(ncDBMgr));
+    db->Open(from);
+    db->ExecuteSql(u"PRAGMA wal_checkpoint(TRUNCATE);");
+    db->Close();
+  } catch (const base::Exception&) {
+  }
   if (!platform::CopyFile(from, to, true)) throw BASE_SYSTEM_ERROR(platform::GetLastError(), from);
   base::File::remove(from);
+  for (const char16_t* companion : {u"-wal", u"-shm"})
+    if (base::File::exists(from + companion)) base::File::remove(from + companion);
 }
 
 void ncUpgradeMgr::Init(const String& primaryPath, const String& secondaryPath,
@@ -112,7 +123,14 @@ void ncUpgradeMgr::DoUpgrade() {
 
 void ncUpgradeMgr::GetSummary(ncUpgradeSummary& summary) {
   NC_TRACE(u"this: 0x%p", this);
+  std::lock_guard<std::mutex> guard(summaryLock_);
   summary = summary_;
+}
+
+void ncUpgradeMgr::SetOutcome(int state, const String& message) {
+  std::lock_guard<std::mutex> guard(summaryLock_);
+  summary_.state = state;
+  summary_.message = message;
 }
 
 // The version steps of this release: none is needed below the current schema, so a root
@@ -126,24 +144,24 @@ void ncUpgradeMgr::RunChain(ncConfigDBInfo& config) {
 void ncUpgradeMgr::run() {
   NC_TRACE(u"this: 0x%p, -begin", this);
   NC_TRACE(u"ncUpgradeMgr::run () TID:%d", base::Thread::currentId());
-  summary_.state = 1;
+  SetOutcome(1, String());
   try {
     if (secondaryConfig_) RunChain(*secondaryConfig_);
     for (auto& config : localSyncConfigs_) RunChain(*config);
     if (primaryConfig_) {
       RunChain(*primaryConfig_);
-      // Layouts 1 and 2 convert into each other; any other pair has no step and keeps its version.
+      // Layouts 1 and 2 would convert into each other, but this release has no step that
+      // moves the folders: the version is not recorded for a conversion that did not happen.
+      // Any other pair has no step and keeps its version.
       const int32_t viewVersion = primaryConfig_->GetViewVer();
       if ((viewVersion == 1 && targetViewVer_ == 2) || (viewVersion == 2 && targetViewVer_ == 1))
-        primaryConfig_->UpdateViewVer(targetViewVer_);
+        NC_THROW(NC_ERR_DATABASE, u"No step converts the view layout %d to %d.", viewVersion, targetViewVer_);
     }
-    summary_.state = 2;
+    SetOutcome(2, String());
   } catch (const base::Exception& e) {
-    summary_.message = e.getMessage();
-    summary_.state = 3;
+    SetOutcome(3, e.getMessage());
   } catch (...) {
-    summary_.message = u"Error: unknown.";
-    summary_.state = 3;
+    SetOutcome(3, u"Error: unknown.");
   }
   NC_TRACE(u"this: 0x%p, -end", this);
 }

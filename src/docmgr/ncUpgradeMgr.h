@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "base/Thread.h"
@@ -39,12 +40,15 @@ class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
   void CheckVersion(ncConfigDBInfo& config, int32_t version);
   static void MoveJournal(const String& fromDir, const String& toDir, const char16_t* name);
   void RunChain(ncConfigDBInfo& config);
+  void SetOutcome(int state, const String& message);
 
   std::unique_ptr<ncConfigDBInfo> primaryConfig_;
   std::unique_ptr<ncConfigDBInfo> secondaryConfig_;
   std::vector<std::unique_ptr<ncConfigDBInfo>> localSyncConfigs_;
   int32_t targetViewVer_ = 0;
   bool needData_ = false;
+  // Written by the worker, read by the caller's polling.
+  std::mutex summaryLock_;
   ncUpgradeSummary summary_;
   ncUpgradeData data_;
   std::vector<ncUpgradeView> views_;
