@@ -1,23 +1,36 @@
 // The document manager facade: validation of both roots, the hidden data directories, the
-// local sync roots and the managers it hands out.
+// top folders, the local sync roots, the managers it hands out per root and the journals.
 #include <gtest/gtest.h>
 
 #include "TestSupport.h"
+#include "base/ncModulePool.h"
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgr.h"
+#include "docmgr/public/ncIADSMgr.h"
+#include "docmgr/public/ncICacheMgr.h"
+#include "docmgr/public/ncIFileMgr.h"
+#include "docmgr/public/ncILogMgr.h"
+#include "docmgr/public/ncIMsgMgr.h"
 #include "docmgr/public/ncIPathMgr.h"
+#include "docmgr/public/ncIRelayMgr.h"
 #include "platform/ncPlatform.h"
+#include "xpcom/nsHostLoader.h"
+
+extern "C" nsresult NSGetModule(nsIComponentManager*, nsIFile*, nsIModule**);
 
 using base::String;
 
 namespace {
 
+template <typename Interface>
+nsCOMPtr<Interface> Adopt(Interface* manager) {
+  return nsCOMPtr<Interface>::adopt(manager);
+}
+
 class DocMgrTest : public ::testing::Test {
  protected:
   void SetUp() override { docMgr = nsCOMPtr<ncIDocMgr>(new ncDocMgr); }
   void TearDown() override { docMgr->Close(); }
-
-  nsCOMPtr<ncIPathMgr> PathMgr(const String& root) { return nsCOMPtr<ncIPathMgr>::adopt(docMgr->GetPathMgr(root)); }
 
   test::TempDir dir;
   nsCOMPtr<ncIDocMgr> docMgr;
@@ -33,7 +46,7 @@ TEST_F(DocMgrTest, InitCreatesBothHiddenDataDirectories) {
     EXPECT_TRUE(platform::GetFileAttributes(path) & platform::kAttrHidden) << data;
   }
   EXPECT_TRUE(docMgr->IsNewView());
-  EXPECT_EQ(dir.child("root"), PathMgr(u"")->GetRootPath());
+  EXPECT_EQ(dir.child("root"), Adopt(docMgr->GetPathMgr(u""))->GetRootPath());
 }
 
 TEST_F(DocMgrTest, InvalidRootsFailBeforeAnythingIsCreated) {
@@ -43,6 +56,24 @@ TEST_F(DocMgrTest, InvalidRootsFailBeforeAnythingIsCreated) {
   EXPECT_THROW_CODE(docMgr->AddLocalSync(u""), 2);
   EXPECT_THROW_CODE(docMgr->IniLocalSync(u""), 2);
   EXPECT_FALSE(test::Exists(dir.path() + "/.kestrove.cache"));
+}
+
+TEST_F(DocMgrTest, TopFoldersThatExistAreCustomisedAtInit) {
+  test::MakeDir(dir.path() + "/Mine");
+  test::MakeDir(dir.path() + "/Org");
+  std::vector<ncTopFolderInfo> folders(3);
+  folders[0].name = u"Mine";
+  folders[0].docType = 1;
+  folders[1].name = u"Org";
+  folders[1].docType = 4;
+  folders[1].typeName = u"Sales";
+  folders[2].name = u"Absent";
+  folders[2].docType = 2;
+  docMgr->Init(dir.wpath(), dir.wpath(), folders, false, u"tester");
+  EXPECT_NE(std::string::npos, test::ReadFile(dir.path() + "/Mine/.directory").find("Comment=1-My Documents\n"));
+  EXPECT_NE(std::string::npos,
+            test::ReadFile(dir.path() + "/Org/.directory").find("Comment=5-Organization Documents-Sales\n"));
+  EXPECT_FALSE(test::Exists(dir.path() + "/Absent"));
 }
 
 TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrder) {
@@ -61,18 +92,14 @@ TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrder) {
   EXPECT_EQ(outer, root);  // nested roots: the one that sorts first
   docMgr->CheckLocalSync(dir.child("c/x.txt"), root);
   EXPECT_EQ(u"", root);
+  EXPECT_EQ(u"inner\\x", Adopt(docMgr->GetPathMgr(inner))->GetRelativePath(dir.child("b/inner/x")));
 
-  nsCOMPtr<ncIPathMgr> local = PathMgr(inner);
-  ASSERT_TRUE(local);
-  EXPECT_EQ(u"inner\\x", local->GetRelativePath(dir.child("b/inner/x")));
-  EXPECT_FALSE(PathMgr(dir.child("unknown")));
   docMgr->RemoveLocalSync(inner);
   docMgr->RemoveLocalSync(dir.child("never-added"));
   roots.clear();
   docMgr->GetLocalSyncs(roots);
-  EXPECT_EQ(2u, roots.size());
-  EXPECT_FALSE(PathMgr(inner));
-  EXPECT_EQ(u"inner\\x", local->GetRelativePath(dir.child("b/inner/x")));  // the caller's reference still works
+  EXPECT_EQ((std::vector<String>{other, outer}), roots);
+  EXPECT_FALSE(Adopt(docMgr->GetPathMgr(inner)));
 }
 
 TEST_F(DocMgrTest, IniLocalSyncStampsTheCurrentVersion) {
@@ -90,6 +117,101 @@ TEST_F(DocMgrTest, CloseBeforeInitAndCreateDBMgr) {
   first->ExecuteSql(u"create table t (x int)");
   EXPECT_TRUE(first->IsTableExists(u"t"));
   EXPECT_NE(nullptr, docMgr->CreateDBMgr());
+}
+
+TEST_F(DocMgrTest, JournalsLiveUnderTheSecondRootAndPersist) {
+  for (const char* folder : {"root", "logs"}) test::MakeDir(dir.path() + "/" + folder);
+  const String upload = dir.child("root/O'Brien 100% 报告.docx");
+  docMgr->Init(dir.child("root"), dir.child("logs"), {}, false, u"tester");
+  ncSyncLogInfo entry;
+  entry.relPath = u"O'Brien 100% 报告.docx";
+  Adopt(docMgr->GetLogMgr())->RecordSyncLog(1, entry);
+  ncMsgInfo message;
+  message.msgId = u"m1";
+  Adopt(docMgr->GetMsgMgr())->RecordMsg({message});
+  ncUploadNonius record;
+  record.srcPath = upload;
+  Adopt(docMgr->GetRelayMgr(u""))->UpdateUploadNonius(record);
+  docMgr->Close();
+  for (const char* file :
+       {"/logs/.kestrove.cache/log.db", "/logs/.kestrove.cache/msg.db", "/root/.kestrove.cache/nonius.db"})
+    EXPECT_TRUE(test::Exists(dir.path() + file)) << file;
+  EXPECT_FALSE(test::Exists(dir.path() + "/root/.kestrove.cache/log.db"));
+
+  docMgr = nsCOMPtr<ncIDocMgr>(new ncDocMgr);
+  docMgr->Init(dir.child("root"), dir.child("logs"), {}, false, u"tester");
+  std::vector<ncSyncLogInfo> entries;
+  uint32_t total = 0;
+  Adopt(docMgr->GetLogMgr())->GetSyncLogById(1, entries, 0, total);
+  ASSERT_EQ(1u, entries.size());
+  EXPECT_EQ(u"O'Brien 100% 报告.docx", entries[0].relPath);
+  EXPECT_EQ(1, Adopt(docMgr->GetMsgMgr())->GetUnreadMsgNum());
+  EXPECT_TRUE(Adopt(docMgr->GetRelayMgr(u""))->HasUploadNoniusWithPath(upload));
+}
+
+// Through the module: every sync root has its own cache, file, relay and path managers, the
+// tag manager is shared, unknown and removed roots get none, and nothing stays alive at the end.
+TEST(DocMgrRootsTest, EachRootHasItsOwnManagersAndAllAreReleased) {
+  test::TempDir dir;
+  test::MakeDir(dir.path() + "/main");
+  const String main = dir.child("main"), local = dir.child("local"), elsewhere = dir.child("elsewhere");
+  base::ncModulePool* pool = base::ncModulePool::getInstance();
+  const size_t before = pool->liveObjects();
+  {
+    nsHostLoader host;
+    ASSERT_EQ(NS_OK, host.addModule(NSGetModule, "in-process"));
+    nsCOMPtr<ncIDocMgr> docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
+    docMgr->Init(main, main, {}, true, u"tester");
+    docMgr->AddLocalSync(local);
+    nsCOMPtr<ncICacheMgr> mainCache = Adopt(docMgr->GetCacheMgr(u"")), localCache = Adopt(docMgr->GetCacheMgr(local));
+    nsCOMPtr<ncIFileMgr> mainFiles = Adopt(docMgr->GetFileMgr(u"")), localFiles = Adopt(docMgr->GetFileMgr(local));
+    nsCOMPtr<ncIRelayMgr> mainRelay = Adopt(docMgr->GetRelayMgr(u"")), localRelay = Adopt(docMgr->GetRelayMgr(local));
+    nsCOMPtr<ncIPathMgr> localPaths = Adopt(docMgr->GetPathMgr(local));
+    ASSERT_TRUE(mainCache && localCache && mainFiles && localFiles && mainRelay && localRelay && localPaths);
+    EXPECT_TRUE(mainCache != localCache && mainFiles != localFiles && mainRelay != localRelay);
+    EXPECT_FALSE(docMgr->GetCacheMgr(elsewhere) || docMgr->GetFileMgr(elsewhere) || docMgr->GetRelayMgr(elsewhere) ||
+                 docMgr->GetPathMgr(elsewhere));
+    EXPECT_TRUE(test::Exists(dir.path() + "/local/.kestrove.cache/cache.db"));
+    EXPECT_TRUE(test::Exists(dir.path() + "/local/.kestrove.cache/nonius.db"));
+    nsCOMPtr<ncIADSMgr> tags = Adopt(docMgr->GetADSMgr()), again = Adopt(docMgr->GetADSMgr());
+    ASSERT_TRUE(tags);
+    EXPECT_EQ(tags.get(), again.get());
+
+    ncCacheInfo info;
+    info.id = u"gns://A";
+    mainCache->Update(u"View\\doc", info);   // the main root is in view mode
+    localCache->Update(u"View\\doc", info);  // a local sync root never is
+    EXPECT_TRUE(mainCache->GetInfoByPath(u"Other\\doc", info));
+    EXPECT_FALSE(localCache->GetInfoByPath(u"Other\\doc", info));
+
+    test::WriteFile(dir.path() + "/main/a.txt", "a");
+    test::WriteFile(dir.path() + "/local/b.txt", "b");
+    EXPECT_EQ(dir.child("main/Unsynchronized Documents/a.txt"),
+              mainFiles->CreateDupDoc(dir.child("main/a.txt"), u"gns://A"));
+    EXPECT_EQ(dir.child("local/Unsynchronized Documents/b.txt"),
+              localFiles->CreateDupDoc(dir.child("local/b.txt"), u"gns://B"));
+
+    ncDownloadNonius record, found;
+    record.srcPath = local + u"/a.txt";
+    localRelay->UpdateDownloadNonius(record);
+    EXPECT_FALSE(mainRelay->GetDownloadNoniusByPath(record.srcPath, found));
+    EXPECT_TRUE(localRelay->GetDownloadNoniusByPath(record.srcPath, found));
+
+    // Removing the root closes its stores; the path manager the caller holds still works.
+    docMgr->RemoveLocalSync(local);
+    EXPECT_FALSE(docMgr->GetCacheMgr(local) || docMgr->GetFileMgr(local) || docMgr->GetRelayMgr(local) ||
+                 docMgr->GetPathMgr(local));
+    EXPECT_THROW_CODE(localRelay->GetDownloadNoniusByPath(record.srcPath, found), 1);
+    EXPECT_EQ(u"local\\x", localPaths->GetRelativePath(dir.child("local/x")));
+
+    EXPECT_GT(pool->liveObjects("ncPathMgr"), 0u);
+    const size_t storeWrappers = pool->liveObjects("ncDBMgr");  // one per open store
+    docMgr->CreateDBMgr();
+    EXPECT_EQ(storeWrappers + 1, pool->liveObjects("ncDBMgr"));
+    docMgr->Close();
+    EXPECT_THROW_CODE(mainRelay->HasUploadNoniusWithPath(u"/x"), 1);
+  }
+  EXPECT_EQ(before, pool->liveObjects()) << "live: " << pool->liveObjects();
 }
 
 }  // namespace

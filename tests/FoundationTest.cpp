@@ -1,5 +1,5 @@
 // The foundation layer: formatting, text conversion, paths, files and folders, attributes,
-// the message catalogues and the pool.
+// the message catalogues, the pool and tracing.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -14,6 +14,8 @@
 #include "base/MoResourceLoader.h"
 #include "base/Path.h"
 #include "base/String.h"
+#include "base/Trace.h"
+#include "docmgr/ncDocUtils.h"
 #include "base/ncBasePool.h"
 #include "base/ncModulePool.h"
 #include "platform/ncPlatform.h"
@@ -47,15 +49,12 @@ TEST(FormatTest, MissingArgumentsAndSecondPassLeaveTheTextAlone) {
   EXPECT_EQ(u"100%", Format(u"100%"));
 }
 
-TEST(StringTest, Utf8RoundTripAndRepair) {
+TEST(StringTest, Utf8RepairCaseAndNumbers) {
   const String text = u"A 项目 \U0001F600 é";
   EXPECT_EQ(text, base::FromUtf8(base::ToUtf8(text)));
   EXPECT_EQ(u"a\uFFFDb", base::FromUtf8(std::string("a\xC3" "b")));       // truncated sequence
   EXPECT_EQ(u"\uFFFD", base::FromUtf8(std::string("\xED\xA0\x80").substr(0, 1)));
   EXPECT_EQ("\xEF\xBF\xBD", base::ToUtf8(String(1, char16_t(0xD800))));  // lone surrogate
-}
-
-TEST(StringTest, CaseAndNumbers) {
   EXPECT_TRUE(base::EqualsIgnoreCase(u"C:\\Work\\ÄBC", u"c:\\work\\äbc"));
   EXPECT_FALSE(base::EqualsIgnoreCase(u"abc", u"abd"));
   EXPECT_EQ(-42, base::ToInt64(u" -42abc"));
@@ -107,11 +106,6 @@ TEST(FileSystemTest, DirectoriesFilesAndAttributes) {
   EXPECT_EQ(platform::kErrorFileNotFound, platform::GetLastError());
   base::File::create(dir.child(".dotted"));
   EXPECT_TRUE(platform::GetFileAttributes(dir.child(".dotted")) & platform::kAttrHidden);
-
-  // A tree with read-only content goes away whole.
-  ASSERT_TRUE(platform::SetFileAttributes(dir.child("x/y"), platform::kAttrReadOnly));
-  base::Directory::removeTree(dir.child("x"));
-  EXPECT_FALSE(base::File::exists(dir.child("x")));
 }
 
 TEST(FileSystemTest, SystemErrorsCarryWin32Codes) {
@@ -177,6 +171,24 @@ TEST(GuidTest, RandomVersionFour) {
   EXPECT_EQ(0x4000, a.data3 & 0xF000);
   EXPECT_EQ(0x80, a.data4[0] & 0xC0);
   EXPECT_EQ(38u, a.toString().size());
+}
+
+TEST(TraceTest, LinesNameTheModuleSourceMethodAndArguments) {
+  test::TempDir dir;
+  const std::string file = dir.path() + "/trace.log";
+  base::Trace::configure(file);
+  ncDocUtils::ReplaceStr(u"a'b", u"'", u"''", true);
+  base::Trace::configure("");
+  ncDocUtils::ReplaceStr(u"not traced", u"x", u"y", true);
+  const std::string trace = test::ReadFile(file);
+  EXPECT_NE(std::string::npos, trace.find(" docmgr src/docmgr/ncDocUtils.cpp:")) << trace;
+  EXPECT_NE(std::string::npos,
+            trace.find(" ncDocUtils::ReplaceStr srcStr: a'b, oldSubStr: ', newSubStr: '', replaceAll: 1\n"))
+      << trace;
+  EXPECT_EQ(std::string::npos, trace.find("not traced"));
+  EXPECT_FALSE(base::Trace::isOn());
+  EXPECT_EQ("ncPathMgr::ncPathMgr", base::Trace::qualifiedName("ncPathMgr::ncPathMgr()"));
+  EXPECT_EQ("ns::Foo::bar", base::Trace::qualifiedName("std::map<int, int> ns::Foo::bar(const int&) const"));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // The component module seen from a host: one export, registration, creation by contract id
-// and class id, the constructor's failure statuses, and the pool left empty afterwards.
+// and class id, and the constructor's failure statuses with the pool left as it was.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -22,19 +22,9 @@ const nsCID kUpgradeMgrCid = NC_UPGRADEMGR_CID;
 
 TEST(ModuleTest, ExportsOnlyNSGetModule) {
   int status = 0;
-  const std::string symbols = test::RunCommand(std::string("nm -D --defined-only ") + DOCMGR_MODULE_PATH, &status);
-  ASSERT_EQ(0, status) << symbols;
-  ASSERT_FALSE(symbols.empty());
-  size_t functions = 0;
-  for (size_t start = 0; start < symbols.size();) {
-    const size_t end = symbols.find('\n', start);
-    const std::string line = symbols.substr(start, end - start);
-    start = end == std::string::npos ? symbols.size() : end + 1;
-    if (line.find(" T ") == std::string::npos && line.find(" W ") == std::string::npos) continue;
-    ++functions;
-    EXPECT_NE(std::string::npos, line.find("NSGetModule")) << line;
-  }
-  EXPECT_EQ(1u, functions);
+  const std::string functions = test::RunCommand(
+      std::string("nm -D --defined-only ") + DOCMGR_MODULE_PATH + " | awk '$2 == \"T\" || $2 == \"W\" {print $3}'", &status);
+  EXPECT_EQ("NSGetModule\n", functions);
 }
 
 TEST(ModuleTest, HostLearnsBothComponentsFromTheModuleFile) {
@@ -83,26 +73,6 @@ TEST(ModuleTest, ConstructorRefusesAggregationAndUnknownInterfaces) {
   EXPECT_EQ(nullptr, result);
   outer.reset();
   EXPECT_EQ(before, pool->liveObjects());
-}
-
-TEST(ModuleTest, ReleasingEverythingLeavesNoLiveObjects) {
-  test::TempDir dir;
-  base::ncModulePool* pool = base::ncModulePool::getInstance();
-  const size_t before = pool->liveObjects();
-  {
-    nsHostLoader host;
-    ASSERT_EQ(NS_OK, host.addModule(NSGetModule, "in-process"));
-    nsCOMPtr<ncIDocMgr> docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
-    docMgr->Init(dir.wpath(), dir.wpath(), {}, false, u"tester");
-    docMgr->AddLocalSync(dir.child("local"));
-    nsCOMPtr<ncIPathMgr> pathMgr = nsCOMPtr<ncIPathMgr>::adopt(docMgr->GetPathMgr(u""));
-    EXPECT_GT(pool->liveObjects("ncPathMgr"), 0u);
-    const size_t storeWrappers = pool->liveObjects("ncDBMgr");  // one per open store
-    docMgr->CreateDBMgr();
-    EXPECT_EQ(storeWrappers + 1, pool->liveObjects("ncDBMgr"));
-    docMgr->Close();
-  }
-  EXPECT_EQ(before, pool->liveObjects()) << "live: " << pool->liveObjects();
 }
 
 TEST(ModuleTest, SecondStartAndSecondInitKeepTheAllocator) {

@@ -12,6 +12,7 @@
 
 #include "base/Directory.h"
 #include "base/LibManager.h"
+#include "docmgr/ncAutoGetTable.h"
 
 namespace test {
 
@@ -69,6 +70,22 @@ void ExpectException(const std::function<void()>& call, int code, const base::St
       EXPECT_EQ(*message, e.getMessage()) << text << ": " << e.what();
     }
   }
+}
+
+CliRun Cli(const std::string& arguments) {
+  CliRun run;
+  run.output = RunCommand(std::string(DOCMGR_CLI_PATH) + " --quiet " + arguments, &run.status);
+  return run;
+}
+
+Rows Query(ncDBMgr* db, const std::string& sql) {
+  int rows = 0, columns = 0;
+  char** result = nullptr;
+  ncAutoGetTable table(db, base::FromUtf8(sql), rows, columns, result);
+  Rows out(rows);
+  for (int r = 0; r < rows; ++r)
+    for (int c = 0; c < columns; ++c) out[r].push_back(result[(r + 1) * columns + c] ? result[(r + 1) * columns + c] : "NULL");
+  return out;
 }
 
 bool SupportsUserXattrs(const std::string& directory) {

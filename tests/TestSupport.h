@@ -6,9 +6,12 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "base/Exception.h"
 #include "base/String.h"
+
+class ncDBMgr;
 
 namespace test {
 
@@ -38,6 +41,17 @@ std::string RunCommand(const std::string& command, int* status);
 
 // True when the folder's file system takes user extended attributes.
 bool SupportsUserXattrs(const std::string& directory);
+
+// docmgr-cli run with the arguments, as a support engineer runs it.
+struct CliRun {
+  int status = -1;
+  std::string output;
+};
+CliRun Cli(const std::string& arguments);
+
+// Every row of the result through the component's own connection; NULL reads "NULL".
+using Rows = std::vector<std::vector<std::string>>;
+Rows Query(ncDBMgr* db, const std::string& sql);
 
 }  // namespace test
 
