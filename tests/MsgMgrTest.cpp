@@ -7,55 +7,39 @@
 
 namespace {
 
+// The fields besides msgId, isDir, state and stamp, which the tests set on purpose.
+String ncMsgInfo::* const kTexts[] = {
+    &ncMsgInfo::relPath,   &ncMsgInfo::sender,      &ncMsgInfo::recipient,       &ncMsgInfo::auditorName,
+    &ncMsgInfo::auditMsg,  &ncMsgInfo::requester,   &ncMsgInfo::previousAuditor, &ncMsgInfo::processName,
+    &ncMsgInfo::nextAuditor, &ncMsgInfo::creator,   &ncMsgInfo::modifier,        &ncMsgInfo::content,
+    &ncMsgInfo::virusadmin, &ncMsgInfo::remindcontent};
+int32_t ncMsgInfo::* const kInts[] = {
+    &ncMsgInfo::msgType,      &ncMsgInfo::accessorType, &ncMsgInfo::csfLevel,      &ncMsgInfo::allowPermValue,
+    &ncMsgInfo::refusePermValue, &ncMsgInfo::perm,      &ncMsgInfo::auditResult,   &ncMsgInfo::docAuditType,
+    &ncMsgInfo::nextLevel,    &ncMsgInfo::applyCsfLevel, &ncMsgInfo::operationType, &ncMsgInfo::isInherit};
+int64_t ncMsgInfo::* const kLongs[] = {&ncMsgInfo::shareingTime, &ncMsgInfo::deadlineTime, &ncMsgInfo::duedate};
+
 // Every field distinct, and every text with an apostrophe, a percent sign and Chinese.
 ncMsgInfo Message(int n) {
-  const String t = base::Format(u" %d: it's 100%% %%s 消息", n);
   ncMsgInfo m;
   m.msgId = base::Format(u"msg-%d", n);
-  m.relPath = u"relPath" + t;
-  m.sender = u"sender" + t;
-  m.recipient = u"recipient" + t;
   m.isDir = n % 2 == 1;
-  m.msgType = n + 1;
-  m.accessorType = n + 2;
-  m.csfLevel = n + 3;
-  m.allowPermValue = n + 4;
-  m.refusePermValue = -(n + 5);
-  m.shareingTime = 1718000000000000LL + n;
-  m.deadlineTime = 1719000000000000LL + n;
-  m.state = 0;
-  m.perm = n + 6;
-  m.auditorName = u"auditorName" + t;
-  m.auditResult = n + 7;
-  m.auditMsg = u"auditMsg" + t;
-  m.requester = u"requester" + t;
-  m.previousAuditor = u"previousAuditor" + t;
-  m.processName = u"processName" + t;
-  m.docAuditType = n + 8;
-  m.nextAuditor = u"nextAuditor" + t;
-  m.nextLevel = n + 9;
   m.stamp = 100 + n;
-  m.applyCsfLevel = n + 10;
-  m.creator = u"creator" + t;
-  m.modifier = u"modifier" + t;
-  m.content = u"content" + t;
-  m.virusadmin = u"virusadmin" + t;
-  m.operationType = n + 11;
-  m.duedate = 1720000000000000LL + n;
-  m.remindcontent = u"remindcontent" + t;
-  m.isInherit = n + 12;
+  int k = 0;
+  for (auto field : kTexts) m.*field = base::Format(u"%d.%d: it's 100%% %%s 消息", n, ++k);
+  for (auto field : kInts) m.*field = ++k % 2 ? -(100 * n + k) : 100 * n + k;
+  for (auto field : kLongs) m.*field = 1718000000000000LL + 100 * n + ++k;
   return m;
 }
 
 void ExpectSame(const ncMsgInfo& a, const ncMsgInfo& b) {
-#define SAME(field) EXPECT_EQ(a.field, b.field) << #field
-  SAME(msgId); SAME(relPath); SAME(sender); SAME(recipient); SAME(isDir); SAME(msgType); SAME(accessorType);
-  SAME(csfLevel); SAME(allowPermValue); SAME(refusePermValue); SAME(shareingTime); SAME(deadlineTime); SAME(state);
-  SAME(perm); SAME(auditorName); SAME(auditResult); SAME(auditMsg); SAME(requester); SAME(previousAuditor);
-  SAME(processName); SAME(docAuditType); SAME(nextAuditor); SAME(nextLevel); SAME(stamp); SAME(applyCsfLevel);
-  SAME(creator); SAME(modifier); SAME(content); SAME(virusadmin); SAME(operationType); SAME(duedate);
-  SAME(remindcontent); SAME(isInherit);
-#undef SAME
+  EXPECT_EQ(a.msgId, b.msgId);
+  EXPECT_EQ(a.isDir, b.isDir);
+  EXPECT_EQ(a.state, b.state);
+  EXPECT_EQ(a.stamp, b.stamp);
+  for (auto field : kTexts) EXPECT_EQ(a.*field, b.*field);
+  for (auto field : kInts) EXPECT_EQ(a.*field, b.*field) << a.*field;
+  for (auto field : kLongs) EXPECT_EQ(a.*field, b.*field) << a.*field;
 }
 
 std::vector<String> Ids(const std::vector<ncMsgInfo>& msgs) {
@@ -141,12 +125,6 @@ TEST_F(MsgMgrTest, ABatchStopsAtTheFirstRefusedMessage) {
   bad.msgId = u"it's";
   EXPECT_THROW_CODE(msg->RecordMsg({Message(1), bad, Message(3)}), 1);
   EXPECT_EQ(std::vector<String>{u"msg-1"}, Ids(Newest(10)));
-}
-
-TEST(MsgMgrInitTest, RefusesAnInvalidPath) {
-  nsCOMPtr<ncMsgMgr> msg(NC_NEW(ncMsgMgr));
-  EXPECT_THROW_CODE_MESSAGE(msg->Init(u""), 2, u"Path () is INVALID.");
-  msg->Close();
 }
 
 }  // namespace

@@ -1,10 +1,13 @@
-// Resume records of uploads and downloads in a real nonius.db.
+// Resume records of uploads and downloads in a real nonius.db, and the journal stores'
+// refusal of an invalid path.
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "TestSupport.h"
+#include "docmgr/ncLogMgr.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncMsgMgr.h"
 #include "docmgr/ncRelayMgr.h"
 
 namespace {
@@ -60,49 +63,21 @@ ncDownloadNonius MakeDownload(const String& srcPath, int status) {
   return r;
 }
 
+#define SAME(field) EXPECT_EQ(a.field, b.field) << #field
 void ExpectSame(const ncUploadNonius& a, const ncUploadNonius& b) {
-  EXPECT_EQ(a.srcPath, b.srcPath);
-  EXPECT_EQ(a.destPath, b.destPath);
-  EXPECT_EQ(a.docId, b.docId);
-  EXPECT_EQ(a.md5, b.md5);
-  EXPECT_EQ(a.crc32, b.crc32);
-  EXPECT_EQ(a.sliceMd5, b.sliceMd5);
-  EXPECT_EQ(a.uploadId, b.uploadId);
-  EXPECT_EQ(a.lastModified, b.lastModified);
-  EXPECT_EQ(a.otag, b.otag);
-  EXPECT_EQ(a.partSize, b.partSize);
-  EXPECT_EQ(a.size, b.size);
-  EXPECT_EQ(a.unUploadBlocks, b.unUploadBlocks);
-  EXPECT_EQ(a.direcMode, b.direcMode);
-  EXPECT_EQ(a.status, b.status);
-  EXPECT_EQ(a.taskSrc, b.taskSrc);
-  EXPECT_EQ(a.onDup, b.onDup);
-  EXPECT_EQ(a.delSrc, b.delSrc);
+  SAME(srcPath); SAME(destPath); SAME(docId); SAME(md5); SAME(crc32); SAME(sliceMd5); SAME(uploadId);
+  SAME(lastModified); SAME(otag); SAME(partSize); SAME(size); SAME(unUploadBlocks); SAME(direcMode); SAME(status);
+  SAME(taskSrc); SAME(onDup); SAME(delSrc); SAME(duration); SAME(csf);
   EXPECT_DOUBLE_EQ(a.ratios, b.ratios);
-  EXPECT_EQ(a.duration, b.duration);
-  EXPECT_EQ(a.csf, b.csf);
 }
 
 void ExpectSame(const ncDownloadNonius& a, const ncDownloadNonius& b) {
-  EXPECT_EQ(a.srcPath, b.srcPath);
-  EXPECT_EQ(a.destPath, b.destPath);
-  EXPECT_EQ(a.docId, b.docId);
-  EXPECT_EQ(a.lastModified, b.lastModified);
-  EXPECT_EQ(a.otag, b.otag);
-  EXPECT_EQ(a.docType, b.docType);
-  EXPECT_EQ(a.typeName, b.typeName);
-  EXPECT_EQ(a.viewType, b.viewType);
-  EXPECT_EQ(a.viewName, b.viewName);
-  EXPECT_EQ(a.mtime, b.mtime);
-  EXPECT_EQ(a.size, b.size);
-  EXPECT_EQ(a.attr, b.attr);
-  EXPECT_EQ(a.range, b.range);
-  EXPECT_EQ(a.direcMode, b.direcMode);
-  EXPECT_EQ(a.status, b.status);
-  EXPECT_EQ(a.taskSrc, b.taskSrc);
-  EXPECT_EQ(a.delSrc, b.delSrc);
+  SAME(srcPath); SAME(destPath); SAME(docId); SAME(lastModified); SAME(otag); SAME(docType); SAME(typeName);
+  SAME(viewType); SAME(viewName); SAME(mtime); SAME(size); SAME(attr); SAME(range); SAME(direcMode); SAME(status);
+  SAME(taskSrc); SAME(delSrc);
   EXPECT_DOUBLE_EQ(a.ratios, b.ratios);
 }
+#undef SAME
 
 template <typename Record>
 std::vector<String> Paths(const std::vector<Record>& list) {
@@ -175,43 +150,35 @@ TEST_F(RelayMgrTest, RatiosKeepFourDecimalsTruncatedTowardZero) {
   EXPECT_EQ(5, download.status);
 }
 
+// Listings append to what the caller has: all records highest status first, or those whose
+// status is not 2, or only those whose status is 2.
+template <typename Record>
+void ExpectListings(ncRelayMgr* relay, void (ncRelayMgr::*update)(const Record&),
+                    bool (ncRelayMgr::*list)(std::vector<Record>&, bool),
+                    bool (ncRelayMgr::*listStatus2)(std::vector<Record>&), Record (*make)(const String&, int)) {
+  std::vector<Record> records(1);
+  EXPECT_FALSE((relay->*list)(records, true));
+  EXPECT_FALSE((relay->*listStatus2)(records));
+  EXPECT_EQ(1u, records.size());
+  for (int status : {1, 3, 2, 0}) (relay->*update)(make(base::Format(u"/data/%d'", status), status));
+  records.clear();
+  ASSERT_TRUE((relay->*list)(records, true));
+  EXPECT_EQ((std::vector<String>{u"/data/3'", u"/data/2'", u"/data/1'", u"/data/0'"}), Paths(records));
+  ExpectSame(make(u"/data/3'", 3), records.front());
+  records.clear();
+  ASSERT_TRUE((relay->*list)(records, false));
+  EXPECT_EQ(3u, records.size());
+  for (const Record& r : records) EXPECT_NE(2, r.status);
+  records.clear();
+  ASSERT_TRUE((relay->*listStatus2)(records));
+  EXPECT_EQ(std::vector<String>{u"/data/2'"}, Paths(records));
+}
+
 TEST_F(RelayMgrTest, ListingsSelectByStatus) {
-  std::vector<ncUploadNonius> uploads(1);  // listings append to what the caller has
-  std::vector<ncDownloadNonius> downloads(1);
-  EXPECT_FALSE(relay->ListUploadNonius(uploads, true));
-  EXPECT_FALSE(relay->ListUploadNoniusWithStatus2(uploads));
-  EXPECT_FALSE(relay->ListDownloadNonius(downloads, false));
-  EXPECT_EQ(1u, uploads.size());
-  EXPECT_EQ(1u, downloads.size());
-
-  const int statuses[] = {1, 3, 2, 0};
-  for (int status : statuses) {
-    const String path = base::Format(u"/data/%d'", status);
-    relay->UpdateUploadNonius(MakeUpload(path, status));
-    relay->UpdateDownloadNonius(MakeDownload(path, status));
-  }
-  uploads.clear();
-  ASSERT_TRUE(relay->ListUploadNonius(uploads, true));
-  EXPECT_EQ((std::vector<String>{u"/data/3'", u"/data/2'", u"/data/1'", u"/data/0'"}), Paths(uploads));
-  ExpectSame(MakeUpload(u"/data/3'", 3), uploads.front());
-  uploads.clear();
-  ASSERT_TRUE(relay->ListUploadNonius(uploads, false));
-  EXPECT_EQ(3u, uploads.size());
-  for (const ncUploadNonius& r : uploads) EXPECT_NE(2, r.status);
-  uploads.clear();
-  ASSERT_TRUE(relay->ListUploadNoniusWithStatus2(uploads));
-  EXPECT_EQ(std::vector<String>{u"/data/2'"}, Paths(uploads));
-
-  downloads.clear();
-  ASSERT_TRUE(relay->ListDownloadNonius(downloads, true));
-  EXPECT_EQ((std::vector<String>{u"/data/3'", u"/data/2'", u"/data/1'", u"/data/0'"}), Paths(downloads));
-  ExpectSame(MakeDownload(u"/data/3'", 3), downloads.front());
-  downloads.clear();
-  ASSERT_TRUE(relay->ListDownloadNonius(downloads, false));
-  EXPECT_EQ(3u, downloads.size());
-  downloads.clear();
-  ASSERT_TRUE(relay->ListDownloadNoniusWithStatus2(downloads));
-  EXPECT_EQ(std::vector<String>{u"/data/2'"}, Paths(downloads));
+  ExpectListings<ncUploadNonius>(relay.get(), &ncRelayMgr::UpdateUploadNonius, &ncRelayMgr::ListUploadNonius,
+                                 &ncRelayMgr::ListUploadNoniusWithStatus2, MakeUpload);
+  ExpectListings<ncDownloadNonius>(relay.get(), &ncRelayMgr::UpdateDownloadNonius, &ncRelayMgr::ListDownloadNonius,
+                                   &ncRelayMgr::ListDownloadNoniusWithStatus2, MakeDownload);
 }
 
 TEST_F(RelayMgrTest, FieldUpdatesAndDeletesTouchOnlyTheirRow) {
@@ -253,10 +220,16 @@ TEST_F(RelayMgrTest, FieldUpdatesAndDeletesTouchOnlyTheirRow) {
   EXPECT_FALSE(relay->HasUploadNoniusWithPath(kTrickyPath));
 }
 
-TEST(RelayMgrInitTest, RefusesAnInvalidPath) {
+TEST(JournalInitTest, EveryStoreRefusesAnInvalidPath) {
   nsCOMPtr<ncRelayMgr> relay(NC_NEW(ncRelayMgr));
+  nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
+  nsCOMPtr<ncMsgMgr> msg(NC_NEW(ncMsgMgr));
   EXPECT_THROW_CODE_MESSAGE(relay->Init(u""), 2, u"Path () is INVALID.");
+  EXPECT_THROW_CODE_MESSAGE(log->Init(u""), 2, u"Path () is INVALID.");
+  EXPECT_THROW_CODE_MESSAGE(msg->Init(u""), 2, u"Path () is INVALID.");
   relay->Close();  // nothing was opened
+  log->Close();
+  msg->Close();
 }
 
 }  // namespace
