@@ -96,7 +96,7 @@ TEST_F(ADSMgrTest, AbsentTagsAndVanishedItemsAreQuiet) {
   EXPECT_EQ(42, value);
 }
 
-TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirst) {
+TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirstAndLongIdsAreCut) {
   EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(u"", u"not an id"), 2, u"Path () is INVALID.");
   EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(base::FromUtf8(file), u"not an id"), 2,
                             u"Gns (not an id) is INVALID.");
@@ -112,9 +112,8 @@ TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirst) {
   int64_t vrType = 0;
   EXPECT_TRUE(adsMgr->GetVrTypeInfo(base::FromUtf8(file), vrType));
   EXPECT_EQ(9, vrType);
-}
 
-TEST_F(ADSMgrTest, LongIdsReadBackCutTo1023Units) {
+  // Long ids read back cut to 1023 units.
   const String id = u"gns://" + String(1100, u'7');
   adsMgr->SetDocIdInfo(base::FromUtf8(file), id);
   String read;
@@ -122,26 +121,38 @@ TEST_F(ADSMgrTest, LongIdsReadBackCutTo1023Units) {
   EXPECT_EQ(id.substr(0, 1023), read);
 }
 
-TEST_F(ADSMgrTest, ItemsWithoutStreamsReportTheSystemErrorAsCause) {
-  const std::string link = dir.path() + "/link";
-  ASSERT_EQ(0, ::symlink(file.c_str(), link.c_str()));
-  const String wide = base::FromUtf8(link);
+// A write and a removal of a tag fail with their own codes and carry the system error.
+void ExpectTagChangesFail(ncADSMgr* adsMgr, const String& path, int cause) {
   for (int code : {4, 5}) {
     try {
-      if (code == 4) adsMgr->SetStatusInfo(wide, 1);
-      else adsMgr->DeleteStatusInfo(wide);
+      if (code == 4) adsMgr->SetStatusInfo(path, 2);
+      else adsMgr->DeleteStatusInfo(path);
       ADD_FAILURE() << "no exception";
     } catch (const base::Exception& e) {
       EXPECT_EQ(code, e.getCode());
       EXPECT_EQ(u"docmgr", e.getProvider());
       EXPECT_EQ((code == 4 ? u"Could not write the synchronization tag of " : u"Could not remove the synchronization tag of ") +
-                    wide + u".",
+                    path + u".",
                 e.getMessage());
       ASSERT_TRUE(e.getCause());
       EXPECT_TRUE(e.getCause()->isSystemError());
-      EXPECT_EQ(50, e.getCause()->getCode());
+      EXPECT_EQ(cause, e.getCause()->getCode());
     }
   }
+}
+
+// An item without streams reports that; one that stays unwritable after the read-only retry
+// reports access denied and keeps its tag.
+TEST_F(ADSMgrTest, TagsThatCannotChangeReportTheSystemErrorAsCause) {
+  const std::string link = dir.path() + "/link";
+  ASSERT_EQ(0, ::symlink(file.c_str(), link.c_str()));
+  ExpectTagChangesFail(adsMgr.get(), base::FromUtf8(link), 50);
+
+  adsMgr->SetStatusInfo(base::FromUtf8(file), 1);
+  test::Immutable locked(file);
+  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
+  ExpectTagChangesFail(adsMgr.get(), base::FromUtf8(file), 5);
+  EXPECT_EQ(test::LittleEndian64(1), Raw(file, "status"));
 }
 
 // A read-only file refuses its streams to an ordinary user: the tag is written after the
@@ -174,26 +185,6 @@ TEST_F(ADSMgrTest, ReadOnlyFilesAreTaggedAndStayReadOnly) {
   struct stat info;
   ASSERT_EQ(0, ::stat(file.c_str(), &info));
   EXPECT_EQ(0, info.st_mode & 0222);
-}
-
-// An item that stays unwritable after the retry: the error carries access denied.
-TEST_F(ADSMgrTest, AnItemThatStaysUnwritableThrowsAccessDenied) {
-  const String wide = base::FromUtf8(file);
-  adsMgr->SetStatusInfo(wide, 1);
-  test::Immutable locked(file);
-  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
-  for (int code : {4, 5}) {
-    try {
-      if (code == 4) adsMgr->SetStatusInfo(wide, 2);
-      else adsMgr->DeleteStatusInfo(wide);
-      ADD_FAILURE() << "no exception";
-    } catch (const base::Exception& e) {
-      EXPECT_EQ(code, e.getCode());
-      ASSERT_TRUE(e.getCause());
-      EXPECT_EQ(5, e.getCause()->getCode());
-    }
-  }
-  EXPECT_EQ(test::LittleEndian64(1), Raw(file, "status"));
 }
 
 }  // namespace

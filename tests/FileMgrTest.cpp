@@ -52,11 +52,9 @@ class FileMgrTest : public ::testing::Test {
   // "docId,isDelay,status,vrType,errMark" as present (1) or absent (0).
   std::string Tags(const String& path) {
     std::string present;
-    present += adsMgr->CheckDocIdInfo(path) ? '1' : '0';
-    present += adsMgr->CheckDelayInfo(path) ? '1' : '0';
-    present += adsMgr->CheckStatusInfo(path) ? '1' : '0';
-    present += adsMgr->CheckVrTypeInfo(path) ? '1' : '0';
-    present += adsMgr->CheckErrMarkInfo(path) ? '1' : '0';
+    for (bool tag : {adsMgr->CheckDocIdInfo(path), adsMgr->CheckDelayInfo(path), adsMgr->CheckStatusInfo(path),
+                     adsMgr->CheckVrTypeInfo(path), adsMgr->CheckErrMarkInfo(path)})
+      present += tag ? '1' : '0';
     return present;
   }
 
@@ -119,6 +117,7 @@ TEST_F(FileMgrTest, MoveNumbersFilesAndFoldersAndNeverOverwrites) {
   fileMgr->Move(w("gone.txt"), target);
   EXPECT_EQ(w("x/c.txt"), target);
   EXPECT_THROW_CODE_MESSAGE(fileMgr->Move(u"", target), 2, u"Path () is INVALID.");
+  EXPECT_THROW_CODE_MESSAGE(NC_NEW(ncFileMgr, nullptr), 2, u"Argument (pathMgr) is NULL.");
 }
 
 TEST_F(FileMgrTest, TagsTravelWithRenameAndMoveAlsoToAnotherFileSystem) {
@@ -165,8 +164,6 @@ TEST_F(FileMgrTest, MoveNoADSStripsEveryTag) {
   EXPECT_EQ("00000", Tags(w("out/doc.txt")));
   EXPECT_FALSE(Exists(TempOf("doc.txt")));
 
-  test::MakeDir(p("folder"));
-  Tag(w("folder"));
   OtherFileSystem other;
   const std::string elsewhere = other.usableBeside(dir.path());
   if (elsewhere.empty()) GTEST_SKIP() << "no second file system with user extended attributes";
@@ -245,7 +242,7 @@ TEST_F(FileMgrTest, DeleteRemovesReadOnlyTreesButNotWhatLinksPointTo) {
   fileMgr->Delete(w("single"));
 }
 
-TEST_F(FileMgrTest, InternalRenameAndDeleteGoThroughTheTemporaryName) {
+TEST_F(FileMgrTest, InternalRenameAndDeleteGoThroughTheTemporaryNameAndCarryOnFromIt) {
   WriteFile(p("a.txt"), "a");
   Tag(w("a.txt"));
   WriteFile(TempOf("a.txt"), "stale leftover");
@@ -260,18 +257,16 @@ TEST_F(FileMgrTest, InternalRenameAndDeleteGoThroughTheTemporaryName) {
   fileMgr->InternalDelete(w("folder"), kDocId);
   EXPECT_FALSE(Exists(p("folder")));
   EXPECT_FALSE(Exists(TempOf("folder")));
-}
 
-// What an interrupted operation left at the temporary name is the item itself: the next
-// operation on it finishes the job instead of throwing it away.
-TEST_F(FileMgrTest, AnItemLeftAtTheTemporaryNameIsCarriedOn) {
+  // What an interrupted operation left at the temporary name is the item itself: the next
+  // operation on it finishes the job instead of throwing it away.
   WriteFile(TempOf("a.txt"), "only copy");
-  fileMgr->InternalRename(w("a.txt"), w("b.txt"), kDocId);
-  EXPECT_EQ("only copy", ReadFile(p("b.txt")));
+  fileMgr->InternalRename(w("a.txt"), w("c.txt"), kDocId);
+  EXPECT_EQ("only copy", ReadFile(p("c.txt")));
 
-  WriteFile(TempOf("c.txt"), "moving");
-  fileMgr->MoveNoADS(w("c.txt"), w("out/c.txt"), kDocId);
-  EXPECT_EQ("moving", ReadFile(p("out/c.txt")));
+  WriteFile(TempOf("m.txt"), "moving");
+  fileMgr->MoveNoADS(w("m.txt"), w("out/m.txt"), kDocId);
+  EXPECT_EQ("moving", ReadFile(p("out/m.txt")));
 
   WriteFile(TempOf("d.txt"), "deleting");
   fileMgr->InternalDelete(w("d.txt"), kDocId);
@@ -303,6 +298,16 @@ TEST_F(FileMgrTest, AFailedFinalStepLeavesTheItemAtTheTemporaryName) {
   EXPECT_THROW_CODE(fileMgr->MoveNoADS(w("e.txt"), w("locked/e.txt"), kDocId), 5);
   EXPECT_EQ("e", ReadFile(TempOf("e.txt")));
   EXPECT_EQ("00000", Tags(base::FromUtf8(TempOf("e.txt"))));
+
+  // A delete that fails inside leaves the rest at the temporary name.
+  test::MakeDir(p("folder"));
+  WriteFile(p("folder/keep"), "k");
+  {
+    test::Immutable keep(p("folder/keep"));
+    EXPECT_THROW_CODE(fileMgr->InternalDelete(w("folder"), kDocId), 5);
+    EXPECT_EQ("k", ReadFile(TempOf("folder") + "/keep"));
+    test::SetImmutable(TempOf("folder") + "/keep", false);
+  }
 }
 
 TEST_F(FileMgrTest, AFailedFirstStepLeavesTheItemAtItsName) {
@@ -320,16 +325,6 @@ TEST_F(FileMgrTest, AFailedFirstStepLeavesTheItemAtItsName) {
   EXPECT_EQ("a", ReadFile(p("locked/a.txt")));
   EXPECT_EQ("b", ReadFile(p("locked/b.txt")));
   EXPECT_EQ("f", ReadFile(p("locked/folder/f")));
-}
-
-TEST_F(FileMgrTest, ADeleteThatFailsInsideLeavesTheRestAtTheTemporaryName) {
-  test::MakeDir(p("folder"));
-  WriteFile(p("folder/keep"), "k");
-  test::Immutable locked(p("folder/keep"));
-  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
-  EXPECT_THROW_CODE(fileMgr->InternalDelete(w("folder"), kDocId), 5);
-  EXPECT_EQ("k", ReadFile(TempOf("folder") + "/keep"));
-  test::SetImmutable(TempOf("folder") + "/keep", false);
 }
 
 TEST_F(FileMgrTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolder) {
@@ -382,10 +377,6 @@ TEST_F(FileMgrTest, FoldersGetTheIconAndTextOfTheirFirstKind) {
     EXPECT_NE(std::string::npos, desktop.find("X-Kestrove-IconIndex=" + std::to_string(f.icon) + "\n")) << f.docType;
     EXPECT_NE(std::string::npos, desktop.find("tray.rfa\n")) << desktop;
   }
-}
-
-TEST_F(FileMgrTest, ANullPathManagerIsRefused) {
-  EXPECT_THROW_CODE_MESSAGE(NC_NEW(ncFileMgr, nullptr), 2, u"Argument (pathMgr) is NULL.");
 }
 
 }  // namespace
