@@ -20,22 +20,17 @@ class DBMgrTest : public ::testing::Test {
     db = NC_NEW(ncDBMgr);
     db->Open(dir.child("test.db"));
   }
-  std::string Single(const String& sql) {
-    int rows = 0, columns = 0;
-    char** result = nullptr;
-    ncAutoGetTable table(db.get(), sql, rows, columns, result);
-    return rows > 0 && result[columns] ? result[columns] : "";
-  }
+  std::string Single(const std::string& sql) { return test::Query(db.get(), sql).at(0).at(0); }
 
   test::TempDir dir;
   nsCOMPtr<ncDBMgr> db;
 };
 
 TEST_F(DBMgrTest, OpenAppliesTheConnectionSettings) {
-  EXPECT_EQ("300000", Single(u"PRAGMA busy_timeout;"));
-  EXPECT_EQ("8000", Single(u"PRAGMA cache_size;"));
-  EXPECT_EQ("wal", Single(u"PRAGMA journal_mode;"));
-  EXPECT_EQ("10000", Single(u"PRAGMA wal_autocheckpoint;"));
+  EXPECT_EQ("300000", Single("PRAGMA busy_timeout;"));
+  EXPECT_EQ("8000", Single("PRAGMA cache_size;"));
+  EXPECT_EQ("wal", Single("PRAGMA journal_mode;"));
+  EXPECT_EQ("10000", Single("PRAGMA wal_autocheckpoint;"));
 }
 
 TEST_F(DBMgrTest, OpenRejectsBadPathsAndReportsFailures) {
@@ -97,7 +92,7 @@ TEST_F(DBMgrTest, FailedStatementLeavesTheTransactionToTheCaller) {
   db->ExecuteSql(u"insert into t values(1)");
   EXPECT_THROW_CODE(db->ExecuteSql(u"insert into t values(1)"), 1);
   db->RollbackTransaction();
-  EXPECT_EQ("0", Single(u"select count(*) from t"));
+  EXPECT_EQ("0", Single("select count(*) from t"));
   // A second begin on the same thread gets SQLite's error, not a deadlock.
   db->BeginTransaction();
   EXPECT_THROW_CODE(db->BeginTransaction(), 1);
@@ -122,8 +117,8 @@ TEST_F(DBMgrTest, TransactionsOfTwoThreadsKeepEveryRow) {
   std::thread first(writer, 1), second(writer, 2);
   first.join();
   second.join();
-  EXPECT_EQ(std::to_string(2 * perThread), Single(u"select count(*) from t"));
-  EXPECT_EQ("300", Single(u"select count(distinct n) from t where thread = 2"));
+  EXPECT_EQ(std::to_string(2 * perThread), Single("select count(*) from t"));
+  EXPECT_EQ("300", Single("select count(distinct n) from t where thread = 2"));
 }
 
 }  // namespace
