@@ -49,7 +49,8 @@ TEST_F(DocMgrTest, InitCreatesBothHiddenDataDirectories) {
   EXPECT_EQ(dir.child("root"), Adopt(docMgr->GetPathMgr(u""))->GetRootPath());
 }
 
-TEST_F(DocMgrTest, InvalidRootsFailBeforeAnythingIsCreated) {
+TEST_F(DocMgrTest, CloseBeforeInitAndInvalidRootsFailBeforeAnythingIsCreated) {
+  docMgr->Close();
   EXPECT_THROW_CODE_MESSAGE(docMgr->Init(dir.child("root"), u"", {}, false, u"bob"), 2, u"Path () is INVALID.");
   EXPECT_FALSE(test::Exists(dir.path() + "/root/.kestrove.cache"));
   EXPECT_THROW_CODE_MESSAGE(docMgr->Init(u"", dir.wpath(), {}, false, u"bob"), 2, u"Path () is INVALID.");
@@ -107,16 +108,6 @@ TEST_F(DocMgrTest, IniLocalSyncStampsTheCurrentVersion) {
   ncConfigDBInfo config;
   EXPECT_TRUE(config.Init(dir.child("local"), true));
   EXPECT_EQ(24, config.GetVersionNum());
-}
-
-TEST_F(DocMgrTest, CloseBeforeInitAndCreateDBMgr) {
-  docMgr->Close();
-  ncIDBMgr* first = docMgr->CreateDBMgr();
-  ASSERT_NE(nullptr, first);
-  first->Open(dir.child("scratch.db"));
-  first->ExecuteSql(u"create table t (x int)");
-  EXPECT_TRUE(first->IsTableExists(u"t"));
-  EXPECT_NE(nullptr, docMgr->CreateDBMgr());
 }
 
 TEST_F(DocMgrTest, JournalsLiveUnderTheSecondRootAndPersist) {
@@ -204,10 +195,14 @@ TEST(DocMgrRootsTest, EachRootHasItsOwnManagersAndAllAreReleased) {
     EXPECT_THROW_CODE(localRelay->GetDownloadNoniusByPath(record.srcPath, found), 1);
     EXPECT_EQ(u"local\\x", localPaths->GetRelativePath(dir.child("local/x")));
 
+    EXPECT_GT(pool->liveObjects(), before);
     EXPECT_GT(pool->liveObjects("ncPathMgr"), 0u);
     const size_t storeWrappers = pool->liveObjects("ncDBMgr");  // one per open store
-    docMgr->CreateDBMgr();
+    ncIDBMgr* scratch = docMgr->CreateDBMgr();
     EXPECT_EQ(storeWrappers + 1, pool->liveObjects("ncDBMgr"));
+    scratch->Open(dir.child("scratch.db"));
+    scratch->ExecuteSql(u"create table t (x int)");
+    EXPECT_TRUE(scratch->IsTableExists(u"t"));
     docMgr->Close();
     EXPECT_THROW_CODE(mainRelay->HasUploadNoniusWithPath(u"/x"), 1);
   }

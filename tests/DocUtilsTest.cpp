@@ -40,7 +40,6 @@ TEST(DocUtilsTest, ExtensionsDepthAndReplacement) {
 
   EXPECT_EQ(u"a-bXc", ncDocUtils::ReplaceStr(u"aXbXc", u"X", u"-", false));
   EXPECT_EQ(u"a-b-c", ncDocUtils::ReplaceStr(u"aXbXc", u"X", u"-", true));
-  EXPECT_EQ(u"it''s ''ok''", ncDocUtils::QuoteSql(u"it's 'ok'"));
   EXPECT_EQ(u"", ncDocUtils::ReplaceStr(u"", u"X", u"-", true));
   EXPECT_EQ(u"-", ncDocUtils::ReplaceStr(u"X", u"X", u"-", true));
 }

@@ -7,11 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
-
 #include "FileTestSupport.h"
 #include "TestSupport.h"
-#include "base/Directory.h"
 #include "docmgr/ncADSMgr.h"
 #include "docmgr/ncFileMgr.h"
 #include "docmgr/ncModuleAllocator.h"
@@ -64,27 +61,13 @@ class FileMgrTest : public ::testing::Test {
   nsCOMPtr<ncADSMgr> adsMgr;
 };
 
-// A temporary folder on another file system (tmpfs /dev/shm), when there is one.
-class OtherFileSystem {
- public:
-  OtherFileSystem() {
-    char pattern[] = "/dev/shm/docmgr-test-XXXXXX";
-    if (::mkdtemp(pattern)) path_ = pattern;
-  }
-  ~OtherFileSystem() {
-    if (!path_.empty()) base::Directory::removeTree(base::FromUtf8(path_));
-  }
-  // Empty when not usable for the test next to near.
-  std::string usableBeside(const std::string& near) const {
-    struct stat a, b;
-    if (path_.empty() || ::stat(path_.c_str(), &a) != 0 || ::stat(near.c_str(), &b) != 0) return "";
-    if (a.st_dev == b.st_dev || !test::SupportsUserXattrs(path_)) return "";
-    return path_;
-  }
-
- private:
-  std::string path_;
-};
+// The folder when it is on another file system than near and takes user extended
+// attributes; else empty.
+std::string OtherFileSystem(const test::TempDir& folder, const std::string& near) {
+  struct stat a, b;
+  if (folder.path().empty() || ::stat(folder.path().c_str(), &a) != 0 || ::stat(near.c_str(), &b) != 0) return "";
+  return a.st_dev != b.st_dev && test::SupportsUserXattrs(folder.path()) ? folder.path() : "";
+}
 
 TEST_F(FileMgrTest, MoveNumbersFilesAndFoldersAndNeverOverwrites) {
   WriteFile(p("a.txt"), "new");
@@ -130,8 +113,8 @@ TEST_F(FileMgrTest, TagsTravelWithRenameAndMoveAlsoToAnotherFileSystem) {
   fileMgr->Move(w("renamed.txt"), target);
   EXPECT_EQ("11111", Tags(target));
 
-  OtherFileSystem other;
-  const std::string elsewhere = other.usableBeside(dir.path());
+  test::TempDir shm("/dev/shm");
+  const std::string elsewhere = OtherFileSystem(shm, dir.path());
   if (elsewhere.empty()) GTEST_SKIP() << "no second file system with user extended attributes";
   WriteFile(elsewhere + "/far.txt", "occupied");
   target = base::FromUtf8(elsewhere + "/far.txt");
@@ -164,8 +147,8 @@ TEST_F(FileMgrTest, MoveNoADSStripsEveryTag) {
   EXPECT_EQ("00000", Tags(w("out/doc.txt")));
   EXPECT_FALSE(Exists(TempOf("doc.txt")));
 
-  OtherFileSystem other;
-  const std::string elsewhere = other.usableBeside(dir.path());
+  test::TempDir shm("/dev/shm");
+  const std::string elsewhere = OtherFileSystem(shm, dir.path());
   if (elsewhere.empty()) GTEST_SKIP() << "no second file system with user extended attributes";
   WriteFile(p("far.txt"), "far");
   Tag(w("far.txt"));

@@ -1,5 +1,5 @@
 // The foundation layer: formatting, text conversion, paths, files and folders, attributes,
-// the message catalogues, the pool and tracing.
+// the message catalogues and tracing. The pool's counts are watched by the module tests.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -10,14 +10,11 @@
 #include "base/Directory.h"
 #include "base/Exception.h"
 #include "base/File.h"
-#include "base/Guid.h"
 #include "base/MoResourceLoader.h"
 #include "base/Path.h"
 #include "base/String.h"
 #include "base/Trace.h"
 #include "docmgr/ncDocUtils.h"
-#include "base/ncBasePool.h"
-#include "base/ncModulePool.h"
 #include "platform/ncPlatform.h"
 
 using base::Format;
@@ -149,28 +146,6 @@ TEST(ResourceTest, CatalogueThenBuiltInThenKey) {
   base::MoResourceLoader broken(dir.child("broken.mo"), builtIn);
   EXPECT_FALSE(broken.isCatalogueLoaded());
   EXPECT_EQ(u"built-in A", broken.getString(u"IDS_A"));
-}
-
-TEST(PoolTest, CountsLiveObjectsPerClassName) {
-  base::ncModulePool* pool = base::ncModulePool::getInstance();
-  ASSERT_NE(nullptr, pool);
-  base::ncIAllocator* allocator = base::ncBasePool::createAllocator("testAlloc", 0, INT64_MAX);
-  ASSERT_EQ(pool, allocator->getPool());
-  void* a = allocator->allocate(16, "Widget", __FILE__, __LINE__);
-  void* b = base::ncBasePool::malloc(pool, allocator, 8, "Widget", __FILE__, __LINE__);
-  EXPECT_EQ(2u, pool->liveObjects("Widget"));
-  allocator->deallocate(a);
-  base::ncBasePool::free(pool, allocator, b);
-  EXPECT_EQ(0u, pool->liveObjects("Widget"));
-  base::ncBasePool::deleteAllocator(allocator);
-}
-
-TEST(GuidTest, RandomVersionFour) {
-  const base::Guid a = base::Guid::create(), b = base::Guid::create();
-  EXPECT_NE(a.toString(), b.toString());
-  EXPECT_EQ(0x4000, a.data3 & 0xF000);
-  EXPECT_EQ(0x80, a.data4[0] & 0xC0);
-  EXPECT_EQ(38u, a.toString().size());
 }
 
 TEST(TraceTest, LinesNameTheModuleSourceMethodAndArguments) {

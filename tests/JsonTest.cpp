@@ -85,10 +85,8 @@ TEST(JsonTest, StringsDecodeEscapesAndKeepUtf8) {
 }
 
 TEST(JsonTest, TypeAndFormatErrors) {
-  const base::Exception typeError = Raised([] { Value(5).as_string(); });
-  EXPECT_EQ(JSON::TypeError, typeError.getCode());
-  EXPECT_EQ(u"Assert false : Type error: except(String), actual(Integer) [JSON::ValueT<char>::as_string ()]",
-            typeError.getMessage());
+  // The full text of this one is checked where a block list reaches it.
+  EXPECT_EQ(JSON::TypeError, Raised([] { Value(5).as_string(); }).getCode());
   EXPECT_EQ(u"Assert false : Type error: except(Array), actual(Object) [JSON::ValueT<char>::as_array ()]",
             Raised([] { Value::parse("{}").as_array(); }).getMessage());
   const base::Exception format = Raised([] { Value(std::nan("")).to_string(); });

@@ -23,7 +23,13 @@ TempDir::TempDir() {
   path_ = pattern;
 }
 
+TempDir::TempDir(const std::string& base) {
+  std::string pattern = base + "/docmgr-test-XXXXXX";
+  if (::mkdtemp(&pattern[0])) path_ = pattern;
+}
+
 TempDir::~TempDir() {
+  if (path_.empty()) return;
   try {
     base::Directory::removeTree(wpath());
   } catch (const base::Exception&) {

@@ -17,10 +17,12 @@ namespace test {
 
 using base::String;
 
-// A fresh folder under TMPDIR (or /tmp), removed with everything in it at the end.
+// A fresh folder under TMPDIR (or /tmp), or under the given folder (path() empty when that
+// fails), removed with everything in it at the end.
 class TempDir {
  public:
   TempDir();
+  explicit TempDir(const std::string& base);
   ~TempDir();
   const std::string& path() const { return path_; }
   String wpath() const { return base::FromUtf8(path_); }
