@@ -394,13 +394,6 @@ TEST(GNSUtilTest, LevelsOfADocumentId) {
   EXPECT_EQ(u"", ncGNSUtil::GetParentPath(u"gns://A"));
   EXPECT_EQ(u"C", ncGNSUtil::GetNodeName(u"gns://A/B/C/"));
   EXPECT_EQ(u"", ncGNSUtil::GetNodeName(u"C:\\x"));
-  EXPECT_TRUE(ncGNSUtil::IsRootGNS(u"gns://A"));
-  EXPECT_FALSE(ncGNSUtil::IsRootGNS(u"gns://A/B"));
-  EXPECT_FALSE(ncGNSUtil::IsRootGNS(u"gns://"));
-  EXPECT_EQ(u"gns://A/B", ncGNSUtil::GetPathByDepth(u"gns://A/B/C", 2));
-  EXPECT_EQ(u"gns://A/B/C", ncGNSUtil::GetPathByDepth(u"gns://A/B/C", 3));
-  EXPECT_EQ(u"", ncGNSUtil::GetPathByDepth(u"gns://A/B/C", 4));
-  EXPECT_EQ(u"", ncGNSUtil::GetPathByDepth(u"gns://A/B/C", 0));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Ancestor tests, extensions, path depth, replacement, initials and search marking.
+// Ancestor tests, extensions, replacement, initials and search marking.
 #include <gtest/gtest.h>
 
 #include "TestSupport.h"
@@ -25,18 +25,11 @@ TEST(DocUtilsTest, IsParentPathComparesWholeComponentsIgnoringCase) {
   EXPECT_THROW_CODE(ncDocUtils::IsParentPath(u"/a", String(u"/a\0b", 4), true), 2);
 }
 
-TEST(DocUtilsTest, ExtensionsDepthAndReplacement) {
+TEST(DocUtilsTest, ExtensionsAndReplacement) {
   EXPECT_TRUE(ncDocUtils::IsExtensionPath(u"/x/Report.TMP", u".tmp"));
   EXPECT_TRUE(ncDocUtils::IsExtensionPath(u"/x/a.td.cfg", u".td.cfg"));
   EXPECT_FALSE(ncDocUtils::IsExtensionPath(u"/x.tmp/a", u".tmp"));
   EXPECT_FALSE(ncDocUtils::IsExtensionPath(u"/x/a.tmpl", u".tmp"));
-
-  EXPECT_EQ(u"a\\b", ncDocUtils::GetRelPathByDepth(u"a\\b\\c", 2));
-  EXPECT_EQ(u"", ncDocUtils::GetRelPathByDepth(u"a", 2));
-  EXPECT_EQ(u"a", ncDocUtils::GetRelPathByDepth(u"a", 1));
-  EXPECT_EQ(u"a\\b", ncDocUtils::GetRelPathByDepth(u"a\\b", 2));
-  EXPECT_EQ(u"", ncDocUtils::GetRelPathByDepth(u"a\\b", 0));
-  EXPECT_EQ(u"a", ncDocUtils::GetRelPathByDepth(u"a\\b\\c", 1));
 
   EXPECT_EQ(u"a-bXc", ncDocUtils::ReplaceStr(u"aXbXc", u"X", u"-", false));
   EXPECT_EQ(u"a-b-c", ncDocUtils::ReplaceStr(u"aXbXc", u"X", u"-", true));

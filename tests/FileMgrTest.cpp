@@ -69,7 +69,7 @@ std::string OtherFileSystem(const test::TempDir& folder, const std::string& near
   return a.st_dev != b.st_dev && test::SupportsUserXattrs(folder.path()) ? folder.path() : "";
 }
 
-TEST_F(FileMgrTest, MoveNumbersFilesAndFoldersAndNeverOverwrites) {
+TEST_F(FileMgrTest, MoveNumbersFilesAndFoldersAndNeitherMoveNorRenameOverwrites) {
   WriteFile(p("a.txt"), "new");
   test::MakeDir(p("docs"));
   WriteFile(p("docs/a.txt"), "old");
@@ -101,9 +101,25 @@ TEST_F(FileMgrTest, MoveNumbersFilesAndFoldersAndNeverOverwrites) {
   EXPECT_EQ(w("x/c.txt"), target);
   EXPECT_THROW_CODE_MESSAGE(fileMgr->Move(u"", target), 2, u"Path () is INVALID.");
   EXPECT_THROW_CODE_MESSAGE(NC_NEW(ncFileMgr, nullptr), 2, u"Argument (pathMgr) is NULL.");
+
+  // Rename refuses an occupied name and a missing folder; a vanished source is quiet.
+  WriteFile(p("a.txt"), "a");
+  EXPECT_THROW_CODE(fileMgr->Rename(w("a.txt"), w("docs/a.txt")), 183);
+  EXPECT_THROW_CODE(fileMgr->Rename(w("a.txt"), w("none/a.txt")), 3);
+  EXPECT_EQ("a", ReadFile(p("a.txt")));
+  EXPECT_EQ("old", ReadFile(p("docs/a.txt")));
+  fileMgr->Rename(w("gone.txt"), w("c.txt"));
+  EXPECT_FALSE(Exists(p("c.txt")));
 }
 
-TEST_F(FileMgrTest, TagsTravelWithRenameAndMoveAlsoToAnotherFileSystem) {
+TEST_F(FileMgrTest, TagsTravelWithRenameAndMoveAndMoveNoADSStripsThemAlsoOnAnotherFileSystem) {
+  WriteFile(p("plain.txt"), "data");
+  Tag(w("plain.txt"));
+  fileMgr->MoveNoADS(w("plain.txt"), w("out/plain.txt"), kDocId);
+  EXPECT_EQ("data", ReadFile(p("out/plain.txt")));
+  EXPECT_EQ("00000", Tags(w("out/plain.txt")));
+  EXPECT_FALSE(Exists(TempOf("plain.txt")));
+
   WriteFile(p("doc.txt"), "data");
   ::chmod(p("doc.txt").c_str(), 0640);
   Tag(w("doc.txt"));
@@ -137,19 +153,8 @@ TEST_F(FileMgrTest, TagsTravelWithRenameAndMoveAlsoToAnotherFileSystem) {
   target = base::FromUtf8(elsewhere + "/folder");
   EXPECT_THROW_CODE(fileMgr->Move(w("folder"), target), 17);
   EXPECT_EQ("f", ReadFile(p("folder/f")));
-}
 
-TEST_F(FileMgrTest, MoveNoADSStripsEveryTag) {
-  WriteFile(p("doc.txt"), "data");
-  Tag(w("doc.txt"));
-  fileMgr->MoveNoADS(w("doc.txt"), w("out/doc.txt"), kDocId);
-  EXPECT_EQ("data", ReadFile(p("out/doc.txt")));
-  EXPECT_EQ("00000", Tags(w("out/doc.txt")));
-  EXPECT_FALSE(Exists(TempOf("doc.txt")));
-
-  test::TempDir shm("/dev/shm");
-  const std::string elsewhere = OtherFileSystem(shm, dir.path());
-  if (elsewhere.empty()) GTEST_SKIP() << "no second file system with user extended attributes";
+  // MoveNoADS strips every tag, on the same and on another file system.
   WriteFile(p("far.txt"), "far");
   Tag(w("far.txt"));
   fileMgr->MoveNoADS(w("far.txt"), base::FromUtf8(elsewhere + "/far.txt"), kDocId);
@@ -174,17 +179,6 @@ TEST_F(FileMgrTest, CopyNumbersOnlyWhenAskedNotToOverwrite) {
   EXPECT_EQ("source", ReadFile(p("a.txt")));
   target = w("c.txt");
   fileMgr->Copy(w("gone.txt"), target, true);
-  EXPECT_FALSE(Exists(p("c.txt")));
-}
-
-TEST_F(FileMgrTest, RenameRefusesAnOccupiedNameAndAMissingFolder) {
-  WriteFile(p("a.txt"), "a");
-  WriteFile(p("b.txt"), "b");
-  EXPECT_THROW_CODE(fileMgr->Rename(w("a.txt"), w("b.txt")), 183);
-  EXPECT_THROW_CODE(fileMgr->Rename(w("a.txt"), w("none/a.txt")), 3);
-  EXPECT_EQ("a", ReadFile(p("a.txt")));
-  EXPECT_EQ("b", ReadFile(p("b.txt")));
-  fileMgr->Rename(w("gone.txt"), w("c.txt"));  // quiet
   EXPECT_FALSE(Exists(p("c.txt")));
 }
 
