@@ -75,10 +75,33 @@ TEST_F(ADSMgrTest, TagsRoundTripInTheirStreamEncodingsOnFilesAndFolders) {
   }
 }
 
-TEST_F(ADSMgrTest, AbsentTagsAndVanishedItemsAreQuiet) {
+TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirstLongIdsAreCutAndAbsentTagsAreQuiet) {
   const String wide = base::FromUtf8(file);
+  EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(u"", u"not an id"), 2, u"Path () is INVALID.");
+  EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(wide, u"not an id"), 2, u"Gns (not an id) is INVALID.");
+  EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(wide, u""), 2, u"Gns () is INVALID.");
+  int64_t value = 0;
+  EXPECT_THROW_CODE(adsMgr->GetStatusInfo(String(u"a\0b", 3), value), 2);
+  EXPECT_THROW_CODE(adsMgr->DeleteErrMarkInfo(u""), 2);
+  EXPECT_EQ("<absent>", Raw(file, "docId"));
+
+  // The long-path prefix is accepted as it stands.
+  const String prefixed = u"\\\\?\\" + wide;
+  adsMgr->SetVrTypeInfo(prefixed, 9);
+  int64_t vrType = 0;
+  EXPECT_TRUE(adsMgr->GetVrTypeInfo(wide, vrType));
+  EXPECT_EQ(9, vrType);
+
+  // Long ids read back cut to 1023 units.
+  const String id = u"gns://" + String(1100, u'7');
+  adsMgr->SetDocIdInfo(wide, id);
+  String read;
+  EXPECT_TRUE(adsMgr->GetDocIdInfo(wide, read));
+  EXPECT_EQ(id.substr(0, 1023), read);
+
+  // Absent tags and vanished items are quiet.
   const String gone = dir.child("gone.txt");
-  int64_t value = 42;
+  value = 42;
   String docId = u"unchanged";
   EXPECT_FALSE(adsMgr->GetDelayInfo(wide, value));
   EXPECT_FALSE(adsMgr->GetDocIdInfo(gone, docId));
@@ -94,31 +117,6 @@ TEST_F(ADSMgrTest, AbsentTagsAndVanishedItemsAreQuiet) {
   ASSERT_TRUE(platform::WriteStream(wide, u"status", "abc"));
   EXPECT_FALSE(adsMgr->GetStatusInfo(wide, value));
   EXPECT_EQ(42, value);
-}
-
-TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirstAndLongIdsAreCut) {
-  EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(u"", u"not an id"), 2, u"Path () is INVALID.");
-  EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(base::FromUtf8(file), u"not an id"), 2,
-                            u"Gns (not an id) is INVALID.");
-  EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(base::FromUtf8(file), u""), 2, u"Gns () is INVALID.");
-  int64_t value = 0;
-  EXPECT_THROW_CODE(adsMgr->GetStatusInfo(String(u"a\0b", 3), value), 2);
-  EXPECT_THROW_CODE(adsMgr->DeleteErrMarkInfo(u""), 2);
-  EXPECT_EQ("<absent>", Raw(file, "docId"));
-
-  // The long-path prefix is accepted as it stands.
-  const String prefixed = u"\\\\?\\" + base::FromUtf8(file);
-  adsMgr->SetVrTypeInfo(prefixed, 9);
-  int64_t vrType = 0;
-  EXPECT_TRUE(adsMgr->GetVrTypeInfo(base::FromUtf8(file), vrType));
-  EXPECT_EQ(9, vrType);
-
-  // Long ids read back cut to 1023 units.
-  const String id = u"gns://" + String(1100, u'7');
-  adsMgr->SetDocIdInfo(base::FromUtf8(file), id);
-  String read;
-  EXPECT_TRUE(adsMgr->GetDocIdInfo(base::FromUtf8(file), read));
-  EXPECT_EQ(id.substr(0, 1023), read);
 }
 
 // A write and a removal of a tag fail with their own codes and carry the system error.

@@ -101,16 +101,6 @@ TEST_F(CacheMgrTest, UpdateSplitsThePathAndStoresEveryColumn) {
   EXPECT_THROW_CODE_MESSAGE(cache_->GetInfoByDocId(u"local-1", byId), 2, u"Gns (local-1) is INVALID.");
 }
 
-TEST_F(CacheMgrTest, InvalidArgumentsThrowBeforeAnyStatement) {
-  EXPECT_THROW_CODE_MESSAGE(cache_->Update(u"", Record(u"gns://A")), 2, u"Path () is INVALID.");
-  Add(u"doc");
-  EXPECT_THROW_CODE_MESSAGE(cache_->UpdateTypeName(u"doc", u""), 2, u"Argument (typeName) is EMPTY.");
-  ncCacheInfo info;
-  EXPECT_FALSE(cache_->GetInfoByPath(u"", info));
-  // A database failure carries code 1: the type name goes in undoubled.
-  EXPECT_THROW_CODE(cache_->UpdateTypeName(u"doc", u"it's"), 1);
-}
-
 TEST_F(CacheMgrTest, RenameMovesTheWholeSubtreeAndNothingBeside) {
   Add(u"a", 1);
   Add(u"a\\b", 1);
@@ -178,7 +168,7 @@ TEST_F(CacheMgrTest, FailedRenameLeavesNothingAndLaterWritesStay) {
   EXPECT_EQ(1u, Query("select * from tb_cacheInfo where parentPath='a\\c' and name='f.txt'").size());
 }
 
-TEST_F(CacheMgrTest, FieldUpdatesAndVersionTagClearing) {
+TEST_F(CacheMgrTest, FieldUpdatesVersionTagClearingAndInvalidArguments) {
   for (const char16_t* folder : {u"a", u"a\\b", u"a\\b\\c", u"a\\b\\c\\d", u"a\\z"}) Add(folder, 1);
   Add(u"a\\b\\c\\file");
   Add(u"a\\b\\c\\delayed", 0, NC_CACHE_STATE_DELAY);
@@ -207,6 +197,15 @@ TEST_F(CacheMgrTest, FieldUpdatesAndVersionTagClearing) {
   cache_->Unsync_UpdateAllState(6);
   EXPECT_EQ((Rows{{"file", "6", "8"}, {"z", "6", "8"}}),
             Query("select name, state, execTask from tb_cacheInfo where state=6 or execTask=8 order by name"));
+
+  // Invalid arguments throw before any statement.
+  EXPECT_THROW_CODE_MESSAGE(cache_->Update(u"", Record(u"gns://A")), 2, u"Path () is INVALID.");
+  Add(u"doc");
+  EXPECT_THROW_CODE_MESSAGE(cache_->UpdateTypeName(u"doc", u""), 2, u"Argument (typeName) is EMPTY.");
+  ncCacheInfo info;
+  EXPECT_FALSE(cache_->GetInfoByPath(u"", info));
+  // A database failure carries code 1: the type name goes in undoubled.
+  EXPECT_THROW_CODE(cache_->UpdateTypeName(u"doc", u"it's"), 1);
 }
 
 TEST_F(CacheMgrTest, ViewModeDropsTheViewFolderAndKeepsTheViewInItsColumn) {

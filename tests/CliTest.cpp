@@ -9,7 +9,7 @@ namespace {
 using test::Cli;
 using test::CliRun;
 
-TEST(CliTest, InitShowsTheDataDirectoryThroughTheModule) {
+TEST(CliTest, InitShowsTheDataDirectoryAndCheckReportsUnsoundDatabases) {
   test::TempDir dir;
   const CliRun init = Cli("init " + dir.path());
   EXPECT_EQ(0, init.status) << init.output;
@@ -25,10 +25,8 @@ TEST(CliTest, InitShowsTheDataDirectoryThroughTheModule) {
       test::RunCommand("KESTROVE_MODULE=/nonexistent.so " + std::string(DOCMGR_CLI_PATH) + " init /tmp", &status);
   EXPECT_EQ(1, status);
   EXPECT_NE(std::string::npos, missing.find("cannot load the module")) << missing;
-}
 
-TEST(CliTest, CheckReportsDatabasesThatAreNotSound) {
-  test::TempDir dir;
+  // check reports the databases that are not sound.
   ASSERT_EQ(0, Cli("upgrade " + dir.path()).status);  // writes config.db
   CliRun check = Cli("check " + dir.path());
   EXPECT_EQ(0, check.status) << check.output;
@@ -39,15 +37,20 @@ TEST(CliTest, CheckReportsDatabasesThatAreNotSound) {
   EXPECT_NE(std::string::npos, check.output.find("junk.db      Execute sql failed")) << check.output;
 }
 
-TEST(CliTest, ScanThenSearchListAndReportNewFiles) {
+TEST(CliTest, ScanTagsAndRecordsFilesSkipsIgnoredNamesAndTheOtherCommandsFindThem) {
   test::TempDir root;
   test::MakeDir(root.path() + "/项目");
   test::WriteFile(root.path() + "/项目/计划.txt", "plan");
+  test::WriteFile(root.path() + "/report.docx", "r");
+  test::WriteFile(root.path() + "/~$report.docx", "lock");  // an editor's lock file
+  test::MakeDir(root.path() + "/build.partial");             // ignored with what is inside
+  test::WriteFile(root.path() + "/build.partial/x.txt", "x");
   const std::string quoted = "'" + root.path() + "'";
 
   CliRun scan = Cli("--json scan " + quoted);
   ASSERT_EQ(0, scan.status) << scan.output;
-  EXPECT_NE(std::string::npos, scan.output.find("\"recorded\": 2")) << scan.output;
+  EXPECT_NE(std::string::npos, scan.output.find("\"recorded\": 3,")) << scan.output;
+  EXPECT_NE(std::string::npos, scan.output.find("\"ignored\": 2}")) << scan.output;
 
   CliRun search = Cli("--json search " + quoted + " jh");
   EXPECT_NE(std::string::npos, search.output.find("\"display\": \"[计划].txt\"")) << search.output;
@@ -60,32 +63,17 @@ TEST(CliTest, ScanThenSearchListAndReportNewFiles) {
   CliRun info = Cli("info '" + root.path() + "/项目/计划.txt'");
   EXPECT_EQ(0, info.status);
   EXPECT_NE(std::string::npos, info.output.find("document id:   gns://")) << info.output;
-
-  CliRun missing = Cli("ls " + quoted + " nowhere");
-  EXPECT_EQ(1, missing.status);
-  EXPECT_NE(std::string::npos, missing.output.find("nowhere is not in the cache")) << missing.output;
-}
-
-TEST(CliTest, ScanTagsFilesSkipsIgnoredNamesAndLogsWhatItRecorded) {
-  test::TempDir root;
-  test::WriteFile(root.path() + "/report.docx", "r");
-  test::WriteFile(root.path() + "/~$report.docx", "lock");  // an editor's lock file
-  test::MakeDir(root.path() + "/build.partial");             // ignored with what is inside
-  test::WriteFile(root.path() + "/build.partial/x.txt", "x");
-  const std::string quoted = "'" + root.path() + "'";
-
-  CliRun scan = Cli("--json scan " + quoted);
-  ASSERT_EQ(0, scan.status) << scan.output;
-  EXPECT_NE(std::string::npos, scan.output.find("\"recorded\": 1,")) << scan.output;
-  EXPECT_NE(std::string::npos, scan.output.find("\"ignored\": 2}")) << scan.output;
-
-  CliRun info = Cli("--json info " + quoted + "/report.docx");
+  info = Cli("--json info " + quoted + "/report.docx");
   ASSERT_EQ(0, info.status) << info.output;
   const size_t id = info.output.find("\"id\": \"gns://");
   ASSERT_NE(std::string::npos, id) << info.output;
   const std::string docId = info.output.substr(id + 7, info.output.find('"', id + 7) - id - 7);
   EXPECT_NE(std::string::npos, info.output.find("\"tags\": {\"docId\": \"" + docId + "\"}")) << info.output;
   EXPECT_EQ(1, Cli("info " + quoted + "/~$report.docx").status);  // never recorded
+
+  CliRun missing = Cli("ls " + quoted + " nowhere");
+  EXPECT_EQ(1, missing.status);
+  EXPECT_NE(std::string::npos, missing.output.find("nowhere is not in the cache")) << missing.output;
 
   CliRun log = Cli("--json log " + quoted + " --type 0");
   EXPECT_NE(std::string::npos, log.output.find("\"relPath\": \"report.docx\"")) << log.output;

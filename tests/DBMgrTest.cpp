@@ -26,14 +26,12 @@ class DBMgrTest : public ::testing::Test {
   nsCOMPtr<ncDBMgr> db;
 };
 
-TEST_F(DBMgrTest, OpenAppliesTheConnectionSettings) {
+TEST_F(DBMgrTest, OpenAppliesTheConnectionSettingsRejectsBadPathsAndReportsFailures) {
   EXPECT_EQ("300000", Single("PRAGMA busy_timeout;"));
   EXPECT_EQ("8000", Single("PRAGMA cache_size;"));
   EXPECT_EQ("wal", Single("PRAGMA journal_mode;"));
   EXPECT_EQ("10000", Single("PRAGMA wal_autocheckpoint;"));
-}
 
-TEST_F(DBMgrTest, OpenRejectsBadPathsAndReportsFailures) {
   nsCOMPtr<ncDBMgr> other(NC_NEW(ncDBMgr));
   EXPECT_THROW_CODE_MESSAGE(other->Open(u""), 2, u"Path () is INVALID.");
   EXPECT_EQ(nullptr, other->GetHandle());
@@ -65,7 +63,7 @@ TEST_F(DBMgrTest, StatementErrorsCarryTheSqlAndSqliteText) {
                             u"Get table failed. Sql: select x% from t. Error: near \"from\": syntax error");
 }
 
-TEST_F(DBMgrTest, TableAndLooseColumnTests) {
+TEST_F(DBMgrTest, TableAndLooseColumnTestsAndNoDatabase) {
   db->ExecuteSql(u"create table tb_Files (id text, filesize int)");
   db->ExecuteSql(u"create index tb_files_idx on tb_Files(id)");
   EXPECT_TRUE(db->IsTableExists(u"TB_FILES"));
@@ -75,9 +73,8 @@ TEST_F(DBMgrTest, TableAndLooseColumnTests) {
   EXPECT_TRUE(db->IsColumnExists(u"tb_files", u"size"));  // contained in "filesize": counts as present
   EXPECT_TRUE(db->IsColumnExists(u"tb_files", u"INT"));   // a type word counts too
   EXPECT_FALSE(db->IsColumnExists(u"tb_files", u"otag"));
-}
 
-TEST_F(DBMgrTest, AutoGetTableWithoutDatabaseRunsNothing) {
+  // Without a database the table reader runs nothing.
   int rows = 7, columns = 8;
   char** result = nullptr;
   { ncAutoGetTable table(nullptr, u"select 1", rows, columns, result); }

@@ -36,10 +36,17 @@ class DocMgrTest : public ::testing::Test {
   nsCOMPtr<ncIDocMgr> docMgr;
 };
 
-TEST_F(DocMgrTest, InitCreatesBothHiddenDataDirectories) {
-  test::MakeDir(dir.path() + "/root");
-  test::MakeDir(dir.path() + "/logs");
-  docMgr->Init(dir.child("root"), dir.child("logs"), {}, true, u"alice");
+TEST_F(DocMgrTest, InitCreatesBothHiddenDataDirectoriesAndCustomisesTheTopFoldersThatExist) {
+  for (const char* folder : {"/root", "/logs", "/root/Mine", "/root/Org"}) test::MakeDir(dir.path() + folder);
+  std::vector<ncTopFolderInfo> folders(3);
+  folders[0].name = u"Mine";
+  folders[0].docType = 1;
+  folders[1].name = u"Org";
+  folders[1].docType = 4;
+  folders[1].typeName = u"Sales";
+  folders[2].name = u"Absent";
+  folders[2].docType = 2;
+  docMgr->Init(dir.child("root"), dir.child("logs"), folders, true, u"alice");
   for (const char* data : {"/root/.kestrove.cache", "/logs/.kestrove.cache"}) {
     const String path = base::FromUtf8(dir.path() + data);
     EXPECT_TRUE(platform::GetFileAttributes(path) & platform::kAttrDirectory) << data;
@@ -47,6 +54,10 @@ TEST_F(DocMgrTest, InitCreatesBothHiddenDataDirectories) {
   }
   EXPECT_TRUE(docMgr->IsNewView());
   EXPECT_EQ(dir.child("root"), Adopt(docMgr->GetPathMgr(u""))->GetRootPath());
+  EXPECT_NE(std::string::npos, test::ReadFile(dir.path() + "/root/Mine/.directory").find("Comment=1-My Documents\n"));
+  EXPECT_NE(std::string::npos,
+            test::ReadFile(dir.path() + "/root/Org/.directory").find("Comment=5-Organization Documents-Sales\n"));
+  EXPECT_FALSE(test::Exists(dir.path() + "/root/Absent"));
 }
 
 TEST_F(DocMgrTest, CloseBeforeInitAndInvalidRootsFailBeforeAnythingIsCreated) {
@@ -59,25 +70,7 @@ TEST_F(DocMgrTest, CloseBeforeInitAndInvalidRootsFailBeforeAnythingIsCreated) {
   EXPECT_FALSE(test::Exists(dir.path() + "/.kestrove.cache"));
 }
 
-TEST_F(DocMgrTest, TopFoldersThatExistAreCustomisedAtInit) {
-  test::MakeDir(dir.path() + "/Mine");
-  test::MakeDir(dir.path() + "/Org");
-  std::vector<ncTopFolderInfo> folders(3);
-  folders[0].name = u"Mine";
-  folders[0].docType = 1;
-  folders[1].name = u"Org";
-  folders[1].docType = 4;
-  folders[1].typeName = u"Sales";
-  folders[2].name = u"Absent";
-  folders[2].docType = 2;
-  docMgr->Init(dir.wpath(), dir.wpath(), folders, false, u"tester");
-  EXPECT_NE(std::string::npos, test::ReadFile(dir.path() + "/Mine/.directory").find("Comment=1-My Documents\n"));
-  EXPECT_NE(std::string::npos,
-            test::ReadFile(dir.path() + "/Org/.directory").find("Comment=5-Organization Documents-Sales\n"));
-  EXPECT_FALSE(test::Exists(dir.path() + "/Absent"));
-}
-
-TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrder) {
+TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrderAndStampedWithTheVersion) {
   docMgr->Init(dir.wpath(), dir.wpath(), {}, false, u"carol");
   const String outer = dir.child("b"), inner = dir.child("b/inner"), other = dir.child("a");
   for (const String& root : {outer, inner, other, outer}) docMgr->AddLocalSync(root);
@@ -101,9 +94,8 @@ TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrder) {
   docMgr->GetLocalSyncs(roots);
   EXPECT_EQ((std::vector<String>{other, outer}), roots);
   EXPECT_FALSE(Adopt(docMgr->GetPathMgr(inner)));
-}
 
-TEST_F(DocMgrTest, IniLocalSyncStampsTheCurrentVersion) {
+  // IniLocalSync stamps the current version.
   docMgr->IniLocalSync(dir.child("local"));
   ncConfigDBInfo config;
   EXPECT_TRUE(config.Init(dir.child("local"), true));

@@ -2,10 +2,10 @@
 // the message catalogues and tracing. The pool's counts are watched by the module tests.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 
 #include <cstring>
 
+#include "FileTestSupport.h"
 #include "TestSupport.h"
 #include "base/Directory.h"
 #include "base/Exception.h"
@@ -94,11 +94,9 @@ TEST(FileSystemTest, DirectoriesFilesAndAttributes) {
   struct stat info;
   ASSERT_EQ(0, ::stat((dir.path() + "/x/y/z/f.txt").c_str(), &info));
   EXPECT_EQ(0u, info.st_mode & 0222);
-  EXPECT_EQ("0x6", [&] {
-    char value[16] = {0};
-    ::getxattr((dir.path() + "/x/y/z/f.txt").c_str(), "user.DOSATTRIB", value, sizeof value - 1);
-    return std::string(value);
-  }());
+  std::string dosAttributes;
+  EXPECT_TRUE(test::GetXattr(dir.path() + "/x/y/z/f.txt", "user.DOSATTRIB", dosAttributes));
+  EXPECT_STREQ("0x6", dosAttributes.c_str());
   EXPECT_TRUE(platform::GetFileAttributes(dir.child(".dotted")) == platform::kInvalidAttributes);
   EXPECT_EQ(platform::kErrorFileNotFound, platform::GetLastError());
   base::File::create(dir.child(".dotted"));

@@ -29,7 +29,7 @@ base::Exception ParseFailure(const std::string& text) {
   return Raised([&] { Value::parse(text); });
 }
 
-TEST(JsonTest, ReadsEveryTypeAndWritesItBack) {
+TEST(JsonTest, ReadsEveryTypeWritesItBackAndReportsTypeAndFormatErrors) {
   const Value root = Value::parse(" {\"list\": [1, -2.5e3, \"x\", true, false, null, {}, []],\r\n\t\"n\": 0} ");
   ASSERT_EQ(JSON::ObjectType, root.type());
   const Value& list = root.as_object().at("list");
@@ -41,6 +41,16 @@ TEST(JsonTest, ReadsEveryTypeAndWritesItBack) {
   EXPECT_TRUE(list[3].as_boolean());
   EXPECT_STREQ("Unknown", Value().type_name());
   EXPECT_EQ("{\"list\":[1,-2500,\"x\",true,false,null,{},[]],\"n\":0}", root.to_string());
+
+  // Reading as the wrong type, and writing what has no text.
+  // The full text of this one is checked where a block list reaches it.
+  EXPECT_EQ(JSON::TypeError, Raised([] { Value(5).as_string(); }).getCode());
+  EXPECT_EQ(u"Assert false : Type error: except(Array), actual(Object) [JSON::ValueT<char>::as_array ()]",
+            Raised([] { Value::parse("{}").as_array(); }).getMessage());
+  const base::Exception format = Raised([] { Value(std::nan("")).to_string(); });
+  EXPECT_EQ(JSON::FormatError, format.getCode());
+  EXPECT_EQ(u"Assert false : Format error. [JSON::ValueT<char>::internal_to_string ()]", format.getMessage());
+  EXPECT_EQ(JSON::FormatError, Raised([] { Value list; list.push_back(Value()); list.to_string(); }).getCode());
 }
 
 TEST(JsonTest, NumbersFollowTheGrammar) {
@@ -82,17 +92,6 @@ TEST(JsonTest, StringsDecodeEscapesAndKeepUtf8) {
   EXPECT_EQ(u"Assert false : Parse error: pos=2. [JSON::ValueT<char>::read_string ()]",
             ParseFailure("\"a\nb\"").getMessage());
   EXPECT_EQ(JSON::ParseError, ParseFailure("\"\\x\"").getCode());
-}
-
-TEST(JsonTest, TypeAndFormatErrors) {
-  // The full text of this one is checked where a block list reaches it.
-  EXPECT_EQ(JSON::TypeError, Raised([] { Value(5).as_string(); }).getCode());
-  EXPECT_EQ(u"Assert false : Type error: except(Array), actual(Object) [JSON::ValueT<char>::as_array ()]",
-            Raised([] { Value::parse("{}").as_array(); }).getMessage());
-  const base::Exception format = Raised([] { Value(std::nan("")).to_string(); });
-  EXPECT_EQ(JSON::FormatError, format.getCode());
-  EXPECT_EQ(u"Assert false : Format error. [JSON::ValueT<char>::internal_to_string ()]", format.getMessage());
-  EXPECT_EQ(JSON::FormatError, Raised([] { Value list; list.push_back(Value()); list.to_string(); }).getCode());
 }
 
 TEST(JsonTest, ReadsOneValueAtAPositionAndRefusesTrailingText) {

@@ -85,7 +85,7 @@ class LogMgrTest : public ::testing::Test {
   nsCOMPtr<ncLogMgr> log;
 };
 
-TEST_F(LogMgrTest, PagesCountBackFromTheNewestEntry) {
+TEST_F(LogMgrTest, PagesCountBackFromTheNewestEntryAndTextRoundTripsIntact) {
   Record(1, 1, 30);
   Record(2, 100, 104);
   std::vector<ncSyncLogInfo> page;
@@ -110,6 +110,23 @@ TEST_F(LogMgrTest, PagesCountBackFromTheNewestEntry) {
   EXPECT_TRUE(page.empty());
   EXPECT_THROW_CODE_MESSAGE(log->GetSyncLog(2, page, 6, 9, total), 2,
                             u"Invalid param: begin\uFF1A6\uFF0Cend\uFF1A9, total\uFF1A5");
+
+  // Text and numbers round-trip intact.
+  ncSyncLogInfo info = Entry(u"O'Brien\\100% 报告\\%s %d 'quoted'.txt", -5);
+  info.newName = u"新的 '名字' %%";
+  info.remark = u"remark: 50% done, it''s \"fine\"";
+  info.size = INT64_MAX;
+  info.taskType = -3;
+  log->RecordSyncLog(3, info);
+  log->GetSyncLog(3, page, 1, 1, total);
+  ASSERT_EQ(1u, page.size());
+  EXPECT_EQ(info.relPath, page[0].relPath);
+  EXPECT_EQ(info.newName, page[0].newName);
+  EXPECT_EQ(info.remark, page[0].remark);
+  EXPECT_EQ(info.size, page[0].size);
+  EXPECT_EQ(info.time, page[0].time);
+  EXPECT_EQ(info.taskType, page[0].taskType);
+  EXPECT_GT(page[0].id, 0);
 }
 
 TEST_F(LogMgrTest, NewestFirstByIdAndHiddenEntries) {
@@ -146,26 +163,6 @@ TEST_F(LogMgrTest, NewestFirstByIdAndHiddenEntries) {
   EXPECT_EQ(0, raw.Rows(0));
   EXPECT_EQ(0, raw.Counter(0));
   EXPECT_EQ(2, raw.Counter(3));
-}
-
-TEST_F(LogMgrTest, TextRoundTripsIntact) {
-  ncSyncLogInfo info = Entry(u"O'Brien\\100% 报告\\%s %d 'quoted'.txt", -5);
-  info.newName = u"新的 '名字' %%";
-  info.remark = u"remark: 50% done, it''s \"fine\"";
-  info.size = INT64_MAX;
-  info.taskType = -3;
-  log->RecordSyncLog(2, info);
-  std::vector<ncSyncLogInfo> entries;
-  uint32_t total = 0;
-  log->GetSyncLog(2, entries, 1, 1, total);
-  ASSERT_EQ(1u, entries.size());
-  EXPECT_EQ(info.relPath, entries[0].relPath);
-  EXPECT_EQ(info.newName, entries[0].newName);
-  EXPECT_EQ(info.remark, entries[0].remark);
-  EXPECT_EQ(info.size, entries[0].size);
-  EXPECT_EQ(info.time, entries[0].time);
-  EXPECT_EQ(info.taskType, entries[0].taskType);
-  EXPECT_GT(entries[0].id, 0);
 }
 
 // 60,000 entries of one type: the oldest are trimmed at 50,000 and the counter stays equal

@@ -22,8 +22,9 @@ const nsCID kUpgradeMgrCid = NC_UPGRADEMGR_CID;
 
 TEST(ModuleTest, ExportsOnlyNSGetModule) {
   int status = 0;
-  const std::string functions = test::RunCommand(
-      std::string("nm -D --defined-only ") + DOCMGR_MODULE_PATH + " | awk '$2 == \"T\" || $2 == \"W\" {print $3}'", &status);
+  const std::string functions = test::RunCommand(std::string("nm -D --defined-only ") + DOCMGR_MODULE_PATH +
+                                                     " | awk '$2 == \"T\" || $2 == \"W\" {print $3}'",
+                                                 &status);
   EXPECT_EQ("NSGetModule\n", functions);
 }
 
@@ -58,7 +59,6 @@ TEST(ModuleTest, ConstructorRefusesAggregationAndUnknownInterfaces) {
   nsHostLoader host;
   ASSERT_EQ(NS_OK, host.addModule(NSGetModule, "in-process"));
   base::ncModulePool* pool = base::ncModulePool::getInstance();
-  ASSERT_NE(nullptr, pool);
   const size_t before = pool->liveObjects();
 
   nsCOMPtr<ncIDocMgr> outer = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);

@@ -92,7 +92,7 @@ TEST_F(MsgMgrTest, UnreadMessagesAreCountedAndMarkedRead) {
   EXPECT_EQ(1, Newest(10)[2].state);
 }
 
-TEST_F(MsgMgrTest, UpdateAndFilterRefreshesKnownAndReturnsNew) {
+TEST_F(MsgMgrTest, UpdateAndFilterRefreshesKnownAndReturnsNewAndABatchStopsAtARefusedMessage) {
   msg->RecordMsg({Message(1), Message(2)});
   ncMsgInfo known = Message(1);
   known.stamp = 900;
@@ -114,15 +114,13 @@ TEST_F(MsgMgrTest, UpdateAndFilterRefreshesKnownAndReturnsNew) {
   expected.remindcontent = known.remindcontent;
   ExpectSame(expected, stored[1]);
   EXPECT_EQ(900, msg->GetMaxStamp());
-}
 
-// Message ids are the server's and go into the statement as they are, so one with an
-// apostrophe is refused; the batch stops there and keeps what was already inserted.
-TEST_F(MsgMgrTest, ABatchStopsAtTheFirstRefusedMessage) {
-  ncMsgInfo bad = Message(2);
+  // Message ids are the server's and go into the statement as they are, so one with an
+  // apostrophe is refused; the batch stops there and keeps what was already inserted.
+  ncMsgInfo bad = Message(4);
   bad.msgId = u"it's";
-  EXPECT_THROW_CODE(msg->RecordMsg({Message(1), bad, Message(3)}), 1);
-  EXPECT_EQ(std::vector<String>{u"msg-1"}, Ids(Newest(10)));
+  EXPECT_THROW_CODE(msg->RecordMsg({Message(3), bad, Message(6)}), 1);
+  EXPECT_EQ((std::vector<String>{u"msg-3", u"msg-2", u"msg-1"}), Ids(Newest(10)));
 }
 
 }  // namespace

@@ -66,7 +66,7 @@ class PathRulesTest : public ::testing::Test {
   nsCOMPtr<ncPathMgr> pathMgr;
 };
 
-TEST_F(PathRulesTest, EachIgnoreRuleMatchesAndItsNearMissDoesNot) {
+TEST_F(PathRulesTest, EachIgnoreRuleAndTheCadTemporariesMatchAndTheirNearMissesDoNot) {
   test::WriteFile(dir.path() + "/A1B2C3D4", "x");
   test::WriteFile(dir.path() + "/A1B2_3D4", "x");
   test::WriteFile(dir.path() + "/A1B2C3D", "x");
@@ -89,9 +89,8 @@ TEST_F(PathRulesTest, EachIgnoreRuleMatchesAndItsNearMissDoesNot) {
       {"back\\slash.txt", true},
   };
   for (const auto& c : cases) EXPECT_EQ(c.ignored, pathMgr->IsIgnorePath(at(c.name))) << c.name;
-}
 
-TEST_F(PathRulesTest, CadTemporariesBeginWithTheUserNameAndTwelveLettersOrDigits) {
+  // CAD temporaries begin with the user name and twelve letters or digits.
   String user = base::User::getName();
   ASSERT_FALSE(user.empty());
   if (user.size() > 4) user.resize(4);
@@ -105,7 +104,7 @@ TEST_F(PathRulesTest, CadTemporariesBeginWithTheUserNameAndTwelveLettersOrDigits
   EXPECT_FALSE(pathMgr->IsCadTempPath(at("9" + prefix.substr(1) + "ABCDEF123456.prt")));
 }
 
-TEST_F(PathRulesTest, DerivedNamesStayBesideTheirSourceAndAreRecognisedOnlyAsTheirOwnKind) {
+TEST_F(PathRulesTest, DerivedNamesAreSiblingsOfTheirSourceAndRecognisedOnlyAsTheirOwnKind) {
   const String source = at("sub/Quarterly report.docx");
   const String docId = u"gns://0A1B/C2D3E4F5";
   const struct {
@@ -141,6 +140,13 @@ TEST_F(PathRulesTest, DerivedNamesStayBesideTheirSourceAndAreRecognisedOnlyAsThe
     EXPECT_FALSE(pathMgr->IsConflictPath(at(name))) << name;
   }
   EXPECT_FALSE(pathMgr->IsBackupPath(source));
+
+  // Siblings share the folder but not the name.
+  EXPECT_TRUE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/b.txt")));
+  EXPECT_TRUE(pathMgr->IsSiblingPath(at("D/a.txt"), at("d/.a.txt.kestrove.temp")));
+  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/A.TXT")));
+  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/e/b.txt")));
+  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("dd/a.txt")));
 }
 
 TEST_F(PathRulesTest, GuidAndConflictNamesHaveTheirFormats) {
@@ -170,14 +176,6 @@ TEST_F(PathRulesTest, TooLongAtTheFileSystemsLimits) {
   // Bytes count, not units: 128 two-byte characters make a 256-byte name.
   EXPECT_TRUE(pathMgr->IsTooLongPath(u"/a/" + String(128, u'\u00E9')));
   EXPECT_TRUE(pathMgr->IsTooLongPath(String(32743, u'a')));
-}
-
-TEST_F(PathRulesTest, SiblingsShareTheFolderButNotTheName) {
-  EXPECT_TRUE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/b.txt")));
-  EXPECT_TRUE(pathMgr->IsSiblingPath(at("D/a.txt"), at("d/.a.txt.kestrove.temp")));
-  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/A.TXT")));
-  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/e/b.txt")));
-  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("dd/a.txt")));
 }
 
 TEST_F(PathRulesTest, SystemHeldEntriesAtTheRootOfADriveOrMount) {

@@ -133,28 +133,6 @@ TEST_F(RelayMgrTest, RecordsRoundTripAndAreReplacedWhole) {
   ExpectSame(MakeDownload(u"/keep", 9), untouchedDownload);
 }
 
-TEST_F(RelayMgrTest, RatiosKeepFourDecimalsTruncatedTowardZero) {
-  EXPECT_EQ(1234, ncRelayMgr::EncodeRatio(0.12345));
-  EXPECT_EQ(-1234, ncRelayMgr::EncodeRatio(-0.12345));
-  EXPECT_EQ(10000, ncRelayMgr::EncodeRatio(1.0));
-  EXPECT_EQ(0, ncRelayMgr::EncodeRatio(std::nan("")));
-  EXPECT_EQ(INT32_MAX, ncRelayMgr::EncodeRatio(1e300));
-
-  relay->UpdateUploadNonius(MakeUpload(kTrickyPath, 1));
-  relay->UpdateUploadNonius_Pause(kTrickyPath, -0.12345, 4);
-  ncUploadNonius upload;
-  ASSERT_TRUE(relay->GetUploadNoniusByPath(kTrickyPath, upload));
-  EXPECT_DOUBLE_EQ(-0.1234, upload.ratios);
-  EXPECT_EQ(4, upload.status);
-
-  relay->UpdateDownloadNonius(MakeDownload(kTrickyPath, 1));
-  relay->UpdateDownloadNonius_Pause(kTrickyPath, 0.12345, 5);
-  ncDownloadNonius download;
-  ASSERT_TRUE(relay->GetDownloadNoniusByPath(kTrickyPath, download));
-  EXPECT_DOUBLE_EQ(0.1234, download.ratios);
-  EXPECT_EQ(5, download.status);
-}
-
 // Listings append to what the caller has: all records highest status first, or those whose
 // status is not 2, or only those whose status is 2.
 template <typename Record>
@@ -186,8 +164,8 @@ TEST_F(RelayMgrTest, ListingsSelectByStatus) {
                                    &ncRelayMgr::ListDownloadNoniusWithStatus2, MakeDownload);
 }
 
-TEST_F(RelayMgrTest, FieldUpdatesAndDeletesTouchOnlyTheirRow) {
-  const String other = u"/data/other";
+TEST_F(RelayMgrTest, FieldUpdatesPausesAndDeletesTouchOnlyTheirRow) {
+  const String other = kTrickyPath + u" (2)";
   relay->UpdateUploadNonius(MakeUpload(kTrickyPath, 1));
   relay->UpdateUploadNonius(MakeUpload(other, 1));
   relay->UpdateDownloadNonius(MakeDownload(kTrickyPath, 1));
@@ -196,6 +174,12 @@ TEST_F(RelayMgrTest, FieldUpdatesAndDeletesTouchOnlyTheirRow) {
   relay->UpdateUploadNoniusUnuploadBlocks(kTrickyPath, u"[\"1\",\"3-4\"]", 6);
   relay->UpdateUploadNoniusDuration(kTrickyPath, 9876543210LL);
   relay->UpdateDownloadNoniusRange(kTrickyPath, 77, 8, 1718000000999LL);
+  // A pause keeps four decimals of the ratio, truncated toward zero.
+  relay->UpdateUploadNonius_Pause(other, -0.12345, 4);
+  relay->UpdateDownloadNonius_Pause(other, 0.12345, 5);
+  EXPECT_EQ(10000, ncRelayMgr::EncodeRatio(1.0));
+  EXPECT_EQ(0, ncRelayMgr::EncodeRatio(std::nan("")));
+  EXPECT_EQ(INT32_MAX, ncRelayMgr::EncodeRatio(1e300));
   ncUploadNonius upload = MakeUpload(kTrickyPath, 6);
   upload.unUploadBlocks = u"[\"1\",\"3-4\"]";
   upload.duration = 9876543210LL;
@@ -213,10 +197,14 @@ TEST_F(RelayMgrTest, FieldUpdatesAndDeletesTouchOnlyTheirRow) {
   relay->DeleteDownloadNonius(kTrickyPath);
   EXPECT_FALSE(relay->HasUploadNoniusWithPath(kTrickyPath));
   EXPECT_FALSE(relay->GetDownloadNoniusByPath(kTrickyPath, readDownload));
+  upload = MakeUpload(other, 4);
+  upload.ratios = -0.1234;
   ASSERT_TRUE(relay->GetUploadNoniusByPath(other, read));
-  ExpectSame(MakeUpload(other, 1), read);
+  ExpectSame(upload, read);
+  download = MakeDownload(other, 5);
+  download.ratios = 0.1234;
   ASSERT_TRUE(relay->GetDownloadNoniusByPath(other, readDownload));
-  ExpectSame(MakeDownload(other, 1), readDownload);
+  ExpectSame(download, readDownload);
 
   // Paths without a row: nothing changes and nothing is reported.
   relay->UpdateUploadNoniusUnuploadBlocks(kTrickyPath, u"[]", 1);

@@ -90,7 +90,10 @@ Rows Query(ncDBMgr* db, const std::string& sql) {
   ncAutoGetTable table(db, base::FromUtf8(sql), rows, columns, result);
   Rows out(rows);
   for (int r = 0; r < rows; ++r)
-    for (int c = 0; c < columns; ++c) out[r].push_back(result[(r + 1) * columns + c] ? result[(r + 1) * columns + c] : "NULL");
+    for (int c = 0; c < columns; ++c) {
+      const char* value = result[(r + 1) * columns + c];
+      out[r].push_back(value ? value : "NULL");
+    }
   return out;
 }
 

@@ -17,24 +17,14 @@ using base::String;
 
 namespace {
 
-TEST(ConfigDBInfoTest, FirstInitCreatesTheHiddenDataDirectory) {
-  test::TempDir dir;
-  ncConfigDBInfo first;
-  EXPECT_FALSE(first.Init(dir.wpath(), false));
-  const String data = dir.child(".kestrove.cache");
-  EXPECT_EQ(data, first.GetDBPath());
-  EXPECT_TRUE(platform::GetFileAttributes(data) & platform::kAttrHidden);
-  EXPECT_TRUE(test::Exists(dir.path() + "/.kestrove.cache/config.db"));
-  first.Close();
-  ncConfigDBInfo second;
-  EXPECT_TRUE(second.Init(dir.wpath(), false));
-  EXPECT_THROW_CODE(second.Init(u"", false), 2);
-}
-
-TEST(ConfigDBInfoTest, VersionsAreStoredAsOneRowAndCached) {
+TEST(ConfigDBInfoTest, FirstInitCreatesTheHiddenDataDirectoryAndVersionsAreKeptInOneRowAndCached) {
   test::TempDir dir;
   ncConfigDBInfo config;
-  config.Init(dir.wpath(), false);
+  EXPECT_FALSE(config.Init(dir.wpath(), false));
+  const String data = dir.child(".kestrove.cache");
+  EXPECT_EQ(data, config.GetDBPath());
+  EXPECT_TRUE(platform::GetFileAttributes(data) & platform::kAttrHidden);
+  EXPECT_TRUE(test::Exists(dir.path() + "/.kestrove.cache/config.db"));
   EXPECT_THROW_CODE_MESSAGE(config.GetVersionNum(), 1, u"Failed to get versionId from tb_version.");
   EXPECT_THROW_CODE_MESSAGE(config.GetViewVer(), 1, u"Failed to get versionId from tb_viewver.");
 
@@ -51,9 +41,10 @@ TEST(ConfigDBInfoTest, VersionsAreStoredAsOneRowAndCached) {
   EXPECT_EQ(2, config.UpdateViewVer(2));
   config.Close();
   ncConfigDBInfo reopened;
-  reopened.Init(dir.wpath(), false);
+  EXPECT_TRUE(reopened.Init(dir.wpath(), false));
   EXPECT_EQ(9, reopened.GetVersionNum());
   EXPECT_EQ(2, reopened.GetViewVer());
+  EXPECT_THROW_CODE(reopened.Init(u"", false), 2);
 }
 
 void StampVersion(const String& root, int version, int viewVersion) {
