@@ -26,7 +26,7 @@ class DBMgrTest : public ::testing::Test {
   nsCOMPtr<ncDBMgr> db;
 };
 
-TEST_F(DBMgrTest, OpenAppliesTheConnectionSettingsRejectsBadPathsAndReportsFailures) {
+TEST_F(DBMgrTest, OpenAppliesTheSettingsAndFailuresCarryTheirTexts) {
   EXPECT_EQ("300000", Single("PRAGMA busy_timeout;"));
   EXPECT_EQ("8000", Single("PRAGMA cache_size;"));
   EXPECT_EQ("wal", Single("PRAGMA journal_mode;"));
@@ -44,9 +44,8 @@ TEST_F(DBMgrTest, OpenAppliesTheConnectionSettingsRejectsBadPathsAndReportsFailu
   // A path with "%" in it survives the message's second formatting pass.
   const String percent = dir.child("100%done/%s.db");
   EXPECT_THROW_CODE_MESSAGE(other->Open(percent), 1, u"Open database failed. Path: " + percent + u". Error: 14");
-}
 
-TEST_F(DBMgrTest, StatementErrorsCarryTheSqlAndSqliteText) {
+  // Statement errors carry the SQL and SQLite's text.
   EXPECT_THROW_CODE_MESSAGE(db->ExecuteSql(u"create tabel x"), 1,
                             u"Execute sql failed. Sql: create tabel x. Error: near \"tabel\": syntax error");
   db->ExecuteSql(u"create table t (name text)");

@@ -36,7 +36,7 @@ class DocMgrTest : public ::testing::Test {
   nsCOMPtr<ncIDocMgr> docMgr;
 };
 
-TEST_F(DocMgrTest, InitCreatesBothHiddenDataDirectoriesAndCustomisesTheTopFoldersThatExist) {
+TEST_F(DocMgrTest, InitCreatesBothDataDirectoriesCustomisesTopFoldersAndKeepsTheJournalsUnderTheSecondRoot) {
   for (const char* folder : {"/root", "/logs", "/root/Mine", "/root/Org"}) test::MakeDir(dir.path() + folder);
   std::vector<ncTopFolderInfo> folders(3);
   folders[0].name = u"Mine";
@@ -58,6 +58,33 @@ TEST_F(DocMgrTest, InitCreatesBothHiddenDataDirectoriesAndCustomisesTheTopFolder
   EXPECT_NE(std::string::npos,
             test::ReadFile(dir.path() + "/root/Org/.directory").find("Comment=5-Organization Documents-Sales\n"));
   EXPECT_FALSE(test::Exists(dir.path() + "/root/Absent"));
+
+  // The journals live under the second root and persist.
+  const String upload = dir.child("root/O'Brien 100% 报告.docx");
+  ncSyncLogInfo entry;
+  entry.relPath = u"O'Brien 100% 报告.docx";
+  Adopt(docMgr->GetLogMgr())->RecordSyncLog(1, entry);
+  ncMsgInfo message;
+  message.msgId = u"m1";
+  Adopt(docMgr->GetMsgMgr())->RecordMsg({message});
+  ncUploadNonius record;
+  record.srcPath = upload;
+  Adopt(docMgr->GetRelayMgr(u""))->UpdateUploadNonius(record);
+  docMgr->Close();
+  for (const char* file :
+       {"/logs/.kestrove.cache/log.db", "/logs/.kestrove.cache/msg.db", "/root/.kestrove.cache/nonius.db"})
+    EXPECT_TRUE(test::Exists(dir.path() + file)) << file;
+  EXPECT_FALSE(test::Exists(dir.path() + "/root/.kestrove.cache/log.db"));
+
+  docMgr = nsCOMPtr<ncIDocMgr>(new ncDocMgr);
+  docMgr->Init(dir.child("root"), dir.child("logs"), {}, false, u"tester");
+  std::vector<ncSyncLogInfo> entries;
+  uint32_t total = 0;
+  Adopt(docMgr->GetLogMgr())->GetSyncLogById(1, entries, 0, total);
+  ASSERT_EQ(1u, entries.size());
+  EXPECT_EQ(u"O'Brien 100% 报告.docx", entries[0].relPath);
+  EXPECT_EQ(1, Adopt(docMgr->GetMsgMgr())->GetUnreadMsgNum());
+  EXPECT_TRUE(Adopt(docMgr->GetRelayMgr(u""))->HasUploadNoniusWithPath(upload));
 }
 
 TEST_F(DocMgrTest, CloseBeforeInitAndInvalidRootsFailBeforeAnythingIsCreated) {
@@ -100,36 +127,6 @@ TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrderAndStampedWithTheVersion) {
   ncConfigDBInfo config;
   EXPECT_TRUE(config.Init(dir.child("local"), true));
   EXPECT_EQ(24, config.GetVersionNum());
-}
-
-TEST_F(DocMgrTest, JournalsLiveUnderTheSecondRootAndPersist) {
-  for (const char* folder : {"root", "logs"}) test::MakeDir(dir.path() + "/" + folder);
-  const String upload = dir.child("root/O'Brien 100% 报告.docx");
-  docMgr->Init(dir.child("root"), dir.child("logs"), {}, false, u"tester");
-  ncSyncLogInfo entry;
-  entry.relPath = u"O'Brien 100% 报告.docx";
-  Adopt(docMgr->GetLogMgr())->RecordSyncLog(1, entry);
-  ncMsgInfo message;
-  message.msgId = u"m1";
-  Adopt(docMgr->GetMsgMgr())->RecordMsg({message});
-  ncUploadNonius record;
-  record.srcPath = upload;
-  Adopt(docMgr->GetRelayMgr(u""))->UpdateUploadNonius(record);
-  docMgr->Close();
-  for (const char* file :
-       {"/logs/.kestrove.cache/log.db", "/logs/.kestrove.cache/msg.db", "/root/.kestrove.cache/nonius.db"})
-    EXPECT_TRUE(test::Exists(dir.path() + file)) << file;
-  EXPECT_FALSE(test::Exists(dir.path() + "/root/.kestrove.cache/log.db"));
-
-  docMgr = nsCOMPtr<ncIDocMgr>(new ncDocMgr);
-  docMgr->Init(dir.child("root"), dir.child("logs"), {}, false, u"tester");
-  std::vector<ncSyncLogInfo> entries;
-  uint32_t total = 0;
-  Adopt(docMgr->GetLogMgr())->GetSyncLogById(1, entries, 0, total);
-  ASSERT_EQ(1u, entries.size());
-  EXPECT_EQ(u"O'Brien 100% 报告.docx", entries[0].relPath);
-  EXPECT_EQ(1, Adopt(docMgr->GetMsgMgr())->GetUnreadMsgNum());
-  EXPECT_TRUE(Adopt(docMgr->GetRelayMgr(u""))->HasUploadNoniusWithPath(upload));
 }
 
 // Through the module: every sync root has its own cache, file, relay and path managers, the

@@ -1,7 +1,9 @@
 // The foundation layer: formatting, text conversion, paths, files and folders, attributes,
-// the message catalogues and tracing. The pool's counts are watched by the module tests.
+// copies that never truncate their source, the message catalogues and tracing. The pool's
+// counts are watched by the module tests.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
 
@@ -22,7 +24,7 @@ using base::String;
 
 namespace {
 
-TEST(FormatTest, DirectivesOfMessagesStatementsAndTraces) {
+TEST(FormatTest, DirectivesMissingArgumentsAndTheSecondPass) {
   EXPECT_EQ(u"Path (/a/b) is INVALID.", Format(u"Path (%s) is INVALID.", String(u"/a/b")));
   EXPECT_EQ(u"id = '-9007199254740993'", Format(u"id = '%I64d'", int64_t(-9007199254740993LL)));
   EXPECT_EQ(u"7 -7 4294967289 fff9 FFFFFFF9", Format(u"%d %i %u %x %X", 7, -7, -7, uint16_t(0xfff9), -7));
@@ -33,9 +35,8 @@ TEST(FormatTest, DirectivesOfMessagesStatementsAndTraces) {
   EXPECT_EQ(u"项目 (2)", Format(u"%s (%d)", String(u"项目"), 2));
   EXPECT_EQ(u"size: 12" u"64", Format(u"size: %i64", int64_t(12)));  // "%i" then the text "64"
   EXPECT_EQ(16u + 2, Format(u"0x%p", reinterpret_cast<void*>(0x1234)).size());
-}
 
-TEST(FormatTest, MissingArgumentsAndSecondPassLeaveTheTextAlone) {
+  // Missing arguments and a second pass leave the text alone.
   EXPECT_EQ(u"a %s b %d", Format(u"a %s b %d"));
   EXPECT_EQ(u"x=1 y=%d", Format(u"x=%d y=%d", 1));
   // A finished message formatted again: only "%%" changes.
@@ -46,7 +47,7 @@ TEST(FormatTest, MissingArgumentsAndSecondPassLeaveTheTextAlone) {
   EXPECT_EQ(u"100%", Format(u"100%"));
 }
 
-TEST(StringTest, Utf8RepairCaseAndNumbers) {
+TEST(StringTest, Utf8RepairCaseNumbersAndPathParts) {
   const String text = u"A 项目 \U0001F600 é";
   EXPECT_EQ(text, base::FromUtf8(base::ToUtf8(text)));
   EXPECT_EQ(u"a\uFFFDb", base::FromUtf8(std::string("a\xC3" "b")));       // truncated sequence
@@ -60,9 +61,8 @@ TEST(StringTest, Utf8RepairCaseAndNumbers) {
   EXPECT_EQ(9223372036854775807LL, base::ToInt64("9223372036854775807"));
   EXPECT_EQ(u"a", base::Trim(u"\\\\a\\", u'\\'));
   EXPECT_EQ(u"", base::Trim(u"\\\\", u'\\'));
-}
 
-TEST(PathTest, PartsAndValidity) {
+  // Path parts and validity.
   EXPECT_EQ(u"/a/b", base::Path::combine(u"/a", u"b"));
   EXPECT_EQ(u"/a/b", base::Path::combine(u"/a/", u"b"));
   EXPECT_EQ(u"/a", base::Path::getDirectoryName(u"/a/b.txt"));
@@ -75,7 +75,7 @@ TEST(PathTest, PartsAndValidity) {
   EXPECT_FALSE(base::Path::isValidPath(String(1, char16_t(0xDC00))));
 }
 
-TEST(FileSystemTest, DirectoriesFilesAndAttributes) {
+TEST(FileSystemTest, DirectoriesFilesAttributesAndWin32Codes) {
   test::TempDir dir;
   const String tree = dir.child("x/y/z");
   base::Directory::create(tree);
@@ -101,10 +101,8 @@ TEST(FileSystemTest, DirectoriesFilesAndAttributes) {
   EXPECT_EQ(platform::kErrorFileNotFound, platform::GetLastError());
   base::File::create(dir.child(".dotted"));
   EXPECT_TRUE(platform::GetFileAttributes(dir.child(".dotted")) & platform::kAttrHidden);
-}
 
-TEST(FileSystemTest, SystemErrorsCarryWin32Codes) {
-  test::TempDir dir;
+  // System errors carry Win32 codes.
   try {
     base::File::remove(dir.child("missing"));
     FAIL() << "no exception";
@@ -115,6 +113,29 @@ TEST(FileSystemTest, SystemErrorsCarryWin32Codes) {
   EXPECT_EQ(183u, platform::Win32ErrorFromErrno(EEXIST));
   EXPECT_EQ(145u, platform::Win32ErrorFromErrno(ENOTEMPTY));
   EXPECT_EQ(31u, platform::Win32ErrorFromErrno(ELOOP));
+}
+
+TEST(PlatformCopyTest, CopyOntoItselfOrAnExistingTargetKeepsBothFiles) {
+  test::TempDir dir;
+  test::WriteFile(dir.path() + "/a.txt", "original");
+  test::WriteFile(dir.path() + "/b.txt", "target");
+  ::link((dir.path() + "/a.txt").c_str(), (dir.path() + "/hard.txt").c_str());
+
+  EXPECT_FALSE(platform::CopyFile(dir.child("a.txt"), dir.child("a.txt"), false));
+  EXPECT_EQ(platform::kErrorSharingViolation, platform::GetLastError());
+  EXPECT_FALSE(platform::CopyFile(dir.child("a.txt"), dir.child("hard.txt"), false));
+  EXPECT_EQ("original", test::ReadFile(dir.path() + "/a.txt"));
+
+  EXPECT_FALSE(platform::CopyFile(dir.child("a.txt"), dir.child("b.txt"), true));
+  EXPECT_EQ(platform::kErrorAlreadyExists, platform::GetLastError());
+  EXPECT_EQ("target", test::ReadFile(dir.path() + "/b.txt"));
+
+  ASSERT_TRUE(platform::CopyFile(dir.child("a.txt"), dir.child("b.txt"), false));
+  EXPECT_EQ("original", test::ReadFile(dir.path() + "/b.txt"));
+  EXPECT_FALSE(platform::CopyFile(dir.child("a.txt"), dir.child("missing/c.txt"), false));
+  EXPECT_EQ(platform::kErrorPathNotFound, platform::GetLastError());
+  // Nothing but the three files: no working copy is left behind.
+  EXPECT_EQ(3u, base::Directory::list(dir.wpath()).size());
 }
 
 TEST(ResourceTest, CatalogueThenBuiltInThenKey) {

@@ -55,7 +55,7 @@ TEST(ModuleTest, HostLearnsBothComponentsFromTheModuleFile) {
   EXPECT_FALSE(do_QueryInterface<ncIDocMgr>(upgrade.get()));
 }
 
-TEST(ModuleTest, ConstructorRefusesAggregationAndUnknownInterfaces) {
+TEST(ModuleTest, ConstructorRefusesAggregationAndUnknownInterfacesAndRestartsKeepTheAllocator) {
   nsHostLoader host;
   ASSERT_EQ(NS_OK, host.addModule(NSGetModule, "in-process"));
   base::ncModulePool* pool = base::ncModulePool::getInstance();
@@ -73,11 +73,8 @@ TEST(ModuleTest, ConstructorRefusesAggregationAndUnknownInterfaces) {
   EXPECT_EQ(nullptr, result);
   outer.reset();
   EXPECT_EQ(before, pool->liveObjects());
-}
 
-TEST(ModuleTest, SecondStartAndSecondInitKeepTheAllocator) {
-  nsHostLoader host;
-  ASSERT_EQ(NS_OK, host.addModule(NSGetModule, "first"));
+  // A second start and a second init keep the allocator.
   base::ncIAllocator* allocator = ncDocMgrLibrary::getAllocator();
   ASSERT_NE(nullptr, allocator);
   EXPECT_STREQ("docMgrAlloc", allocator->getName());
