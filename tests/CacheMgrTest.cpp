@@ -51,7 +51,7 @@ class CacheMgrTest : public ::testing::Test {
   int added_ = 0;
 };
 
-TEST_F(CacheMgrTest, UpdateSplitsThePathAndStoresEveryColumn) {
+TEST_F(CacheMgrTest, UpdateSplitsThePathDerivesTheParentIdAndStoresEveryColumn) {
   ncCacheInfo info = Record(u"gns://A/B/C", 1, -4);
   info.otag = u"%d%s";  // directives inside values stay as they are
   info.serverMTime = INT64_MIN;
@@ -99,6 +99,14 @@ TEST_F(CacheMgrTest, UpdateSplitsThePathAndStoresEveryColumn) {
   EXPECT_EQ(u"it's 文档", byId.name);
   EXPECT_FALSE(cache_->GetInfoByDocId(u"gns://none", byId));
   EXPECT_THROW_CODE_MESSAGE(cache_->GetInfoByDocId(u"local-1", byId), 2, u"Gns (local-1) is INVALID.");
+
+  // The levels of a document id, from which the parent id comes.
+  EXPECT_TRUE(ncGNSUtil::HasGNSPrefix(u"gns://A"));
+  EXPECT_FALSE(ncGNSUtil::HasGNSPrefix(u"gns:/A"));
+  EXPECT_EQ(u"gns://A/B", ncGNSUtil::GetParentPath(u"gns://A/B/C"));
+  EXPECT_EQ(u"", ncGNSUtil::GetParentPath(u"gns://A"));
+  EXPECT_EQ(u"C", ncGNSUtil::GetNodeName(u"gns://A/B/C/"));
+  EXPECT_EQ(u"", ncGNSUtil::GetNodeName(u"C:\\x"));
 }
 
 TEST_F(CacheMgrTest, RenameMovesTheWholeSubtreeAndNothingBeside) {
@@ -384,15 +392,6 @@ TEST_F(CacheMgrTest, SearchStopsAStatementAtItsFirstDuplicateAndDoublesKeyQuotes
   cache_->Search(u"it's", u"[", u"]", hits, 10);
   ASSERT_EQ(1u, hits.size());
   EXPECT_EQ(u"it''s.txt", hits[0].name);
-}
-
-TEST(GNSUtilTest, LevelsOfADocumentId) {
-  EXPECT_TRUE(ncGNSUtil::HasGNSPrefix(u"gns://A"));
-  EXPECT_FALSE(ncGNSUtil::HasGNSPrefix(u"gns:/A"));
-  EXPECT_EQ(u"gns://A/B", ncGNSUtil::GetParentPath(u"gns://A/B/C"));
-  EXPECT_EQ(u"", ncGNSUtil::GetParentPath(u"gns://A"));
-  EXPECT_EQ(u"C", ncGNSUtil::GetNodeName(u"gns://A/B/C/"));
-  EXPECT_EQ(u"", ncGNSUtil::GetNodeName(u"C:\\x"));
 }
 
 }  // namespace

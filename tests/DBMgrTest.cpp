@@ -82,7 +82,7 @@ TEST_F(DBMgrTest, TableAndLooseColumnTestsAndNoDatabase) {
   EXPECT_EQ(nullptr, result);
 }
 
-TEST_F(DBMgrTest, FailedStatementLeavesTheTransactionToTheCaller) {
+TEST_F(DBMgrTest, FailedStatementLeavesTheTransactionToTheCallerAndTwoThreadsKeepEveryRow) {
   db->ExecuteSql(u"create table t (v int unique)");
   db->BeginTransaction();
   db->ExecuteSql(u"insert into t values(1)");
@@ -98,23 +98,22 @@ TEST_F(DBMgrTest, FailedStatementLeavesTheTransactionToTheCaller) {
     db->CommitTransaction();
   });
   other.join();
-}
 
-TEST_F(DBMgrTest, TransactionsOfTwoThreadsKeepEveryRow) {
-  db->ExecuteSql(u"create table t (thread int, n int)");
+  // Transactions of two threads keep every row.
+  db->ExecuteSql(u"create table rows (thread int, n int)");
   const int perThread = 300;
   auto writer = [this](int thread) {
     for (int n = 0; n < perThread; ++n) {
       db->BeginTransaction();
-      db->ExecuteSql(base::Format(u"insert into t values(%d, %d)", thread, n));
+      db->ExecuteSql(base::Format(u"insert into rows values(%d, %d)", thread, n));
       db->CommitTransaction();
     }
   };
   std::thread first(writer, 1), second(writer, 2);
   first.join();
   second.join();
-  EXPECT_EQ(std::to_string(2 * perThread), Single("select count(*) from t"));
-  EXPECT_EQ("300", Single("select count(distinct n) from t where thread = 2"));
+  EXPECT_EQ(std::to_string(2 * perThread), Single("select count(*) from rows"));
+  EXPECT_EQ("300", Single("select count(distinct n) from rows where thread = 2"));
 }
 
 }  // namespace

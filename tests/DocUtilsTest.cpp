@@ -13,7 +13,7 @@ String FromGb(std::initializer_list<unsigned char> bytes) {
   return platform::FromCodePage936(std::string(bytes.begin(), bytes.end()));
 }
 
-TEST(DocUtilsTest, IsParentPathComparesWholeComponentsIgnoringCase) {
+TEST(DocUtilsTest, AncestorsExtensionsAndReplacement) {
   EXPECT_TRUE(ncDocUtils::IsParentPath(u"C:\\A", u"c:\\a\\b", false));
   EXPECT_FALSE(ncDocUtils::IsParentPath(u"C:\\A", u"C:\\A", false));
   EXPECT_TRUE(ncDocUtils::IsParentPath(u"C:\\A", u"C:\\A\\", true));
@@ -23,9 +23,8 @@ TEST(DocUtilsTest, IsParentPathComparesWholeComponentsIgnoringCase) {
   EXPECT_FALSE(ncDocUtils::IsParentPath(u"/home/u/Sync/a", u"/home/u/Sync", true));
   EXPECT_THROW_CODE_MESSAGE(ncDocUtils::IsParentPath(u"", u"/a", true), 2, u"Path () is INVALID.");
   EXPECT_THROW_CODE(ncDocUtils::IsParentPath(u"/a", String(u"/a\0b", 4), true), 2);
-}
 
-TEST(DocUtilsTest, ExtensionsAndReplacement) {
+  // Extensions and replacement.
   EXPECT_TRUE(ncDocUtils::IsExtensionPath(u"/x/Report.TMP", u".tmp"));
   EXPECT_TRUE(ncDocUtils::IsExtensionPath(u"/x/a.td.cfg", u".td.cfg"));
   EXPECT_FALSE(ncDocUtils::IsExtensionPath(u"/x.tmp/a", u".tmp"));
@@ -37,7 +36,7 @@ TEST(DocUtilsTest, ExtensionsAndReplacement) {
   EXPECT_EQ(u"-", ncDocUtils::ReplaceStr(u"X", u"X", u"-", true));
 }
 
-TEST(DocUtilsTest, AcronymOfLevelOneLevelTwoAndLatin) {
+TEST(DocUtilsTest, AcronymOfLevelOneLevelTwoAndLatinKeysAndMarking) {
   EXPECT_EQ(u"Report_2026 (v2).docx", ncDocUtils::GetAcronym(u"Report_2026 (v2).docx"));
   EXPECT_EQ(u"XM", ncDocUtils::GetAcronym(u"项目"));
   EXPECT_EQ(u"SJWD.pdf", ncDocUtils::GetAcronym(u"设计文档.pdf"));
@@ -53,9 +52,8 @@ TEST(DocUtilsTest, AcronymOfLevelOneLevelTwoAndLatin) {
   EXPECT_EQ(u"Z", ncDocUtils::GetAcronym(FromGb({0xF7, 0xFE})));  // the table's last entry
   // Other GBK characters pass through; one the code page lacks becomes "?".
   EXPECT_EQ(u"?é", ncDocUtils::GetAcronym(u"\U0001F600é"));
-}
 
-TEST(DocUtilsTest, AcronymKeysAndMarking) {
+  // Acronym keys and marking.
   EXPECT_TRUE(ncDocUtils::IsAcronymKey(u"ab c~"));
   EXPECT_FALSE(ncDocUtils::IsAcronymKey(u""));
   EXPECT_FALSE(ncDocUtils::IsAcronymKey(u"项目"));

@@ -69,7 +69,7 @@ std::string OtherFileSystem(const test::TempDir& folder, const std::string& near
   return a.st_dev != b.st_dev && test::SupportsUserXattrs(folder.path()) ? folder.path() : "";
 }
 
-TEST_F(FileMgrTest, MoveNumbersFilesAndFoldersAndNeitherMoveNorRenameOverwrites) {
+TEST_F(FileMgrTest, MoveAndCopyNumberFilesAndFoldersAndNothingOverwritesUnasked) {
   WriteFile(p("a.txt"), "new");
   test::MakeDir(p("docs"));
   WriteFile(p("docs/a.txt"), "old");
@@ -109,6 +109,25 @@ TEST_F(FileMgrTest, MoveNumbersFilesAndFoldersAndNeitherMoveNorRenameOverwrites)
   EXPECT_EQ("a", ReadFile(p("a.txt")));
   EXPECT_EQ("old", ReadFile(p("docs/a.txt")));
   fileMgr->Rename(w("gone.txt"), w("c.txt"));
+  EXPECT_FALSE(Exists(p("c.txt")));
+
+  // Copy numbers only when asked not to overwrite.
+  WriteFile(p("a.txt"), "source");
+  Tag(w("a.txt"));
+  WriteFile(p("b.txt"), "existing");
+  target = w("b.txt");
+  fileMgr->Copy(w("a.txt"), target, true);
+  EXPECT_EQ(w("b (2).txt"), target);
+  EXPECT_EQ("source", ReadFile(p("b (2).txt")));
+  EXPECT_EQ("existing", ReadFile(p("b.txt")));
+  EXPECT_EQ("11111", Tags(target));
+  target = w("b.txt");
+  fileMgr->Copy(w("a.txt"), target, false);
+  EXPECT_EQ(w("b.txt"), target);
+  EXPECT_EQ("source", ReadFile(p("b.txt")));
+  EXPECT_EQ("source", ReadFile(p("a.txt")));
+  target = w("c.txt");
+  fileMgr->Copy(w("gone.txt"), target, true);
   EXPECT_FALSE(Exists(p("c.txt")));
 }
 
@@ -160,26 +179,6 @@ TEST_F(FileMgrTest, TagsTravelWithRenameAndMoveAndMoveNoADSStripsThemAlsoOnAnoth
   fileMgr->MoveNoADS(w("strip.txt"), base::FromUtf8(elsewhere + "/strip.txt"), kDocId);
   EXPECT_EQ("strip", ReadFile(elsewhere + "/strip.txt"));
   EXPECT_EQ("00000", Tags(base::FromUtf8(elsewhere + "/strip.txt")));
-}
-
-TEST_F(FileMgrTest, CopyNumbersOnlyWhenAskedNotToOverwrite) {
-  WriteFile(p("a.txt"), "source");
-  Tag(w("a.txt"));
-  WriteFile(p("b.txt"), "existing");
-  String target = w("b.txt");
-  fileMgr->Copy(w("a.txt"), target, true);
-  EXPECT_EQ(w("b (2).txt"), target);
-  EXPECT_EQ("source", ReadFile(p("b (2).txt")));
-  EXPECT_EQ("existing", ReadFile(p("b.txt")));
-  EXPECT_EQ("11111", Tags(target));
-  target = w("b.txt");
-  fileMgr->Copy(w("a.txt"), target, false);
-  EXPECT_EQ(w("b.txt"), target);
-  EXPECT_EQ("source", ReadFile(p("b.txt")));
-  EXPECT_EQ("source", ReadFile(p("a.txt")));
-  target = w("c.txt");
-  fileMgr->Copy(w("gone.txt"), target, true);
-  EXPECT_FALSE(Exists(p("c.txt")));
 }
 
 TEST_F(FileMgrTest, DeleteRemovesReadOnlyTreesButNotWhatLinksPointTo) {
@@ -299,7 +298,7 @@ TEST_F(FileMgrTest, AFailedFirstStepLeavesTheItemAtItsName) {
   EXPECT_EQ("f", ReadFile(p("locked/folder/f")));
 }
 
-TEST_F(FileMgrTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolder) {
+TEST_F(FileMgrTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolderAndFoldersGetTheirIconAndText) {
   test::MakeDir(p("sub"));
   WriteFile(p("sub/x.txt"), "first");
   Tag(w("sub/x.txt"));
@@ -319,15 +318,7 @@ TEST_F(FileMgrTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolder) {
   WriteFile(outside.path() + "/far.txt", "far");
   EXPECT_EQ(base::Path::combine(unsync, u"far.txt"), fileMgr->CreateDupDoc(outside.child("far.txt"), kDocId));
 
-  // The unsynchronised folder refuses the duplicate: it waits at the temporary name.
-  test::Immutable locked(base::ToUtf8(unsync) + "/sub");
-  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
-  WriteFile(p("sub/x.txt"), "third");
-  EXPECT_THROW_CODE(fileMgr->CreateDupDoc(w("sub/x.txt"), kDocId), 5);
-  EXPECT_EQ("third", ReadFile(TempOf("sub/x.txt")));
-}
-
-TEST_F(FileMgrTest, FoldersGetTheIconAndTextOfTheirFirstKind) {
+  // Folders get the icon and text of their first kind.
   const struct {
     int docType;
     bool vr;
@@ -341,14 +332,21 @@ TEST_F(FileMgrTest, FoldersGetTheIconAndTextOfTheirFirstKind) {
   for (const auto& f : folders) {
     if (f.vr) fileMgr->CustomizeVrFolder(w("top"), f.docType);
     else fileMgr->CustomizeFolder(w("top"), f.docType, u"Finance");
-    const std::string desktop = ReadFile(p("top/.directory"));
-    const size_t comment = desktop.find("Comment=");
+    const std::string text = ReadFile(p("top/.directory"));
+    const size_t comment = text.find("Comment=");
     EXPECT_EQ(f.comment ? std::string("Comment=") + f.comment + "\n" : std::string(),
-              comment == std::string::npos ? std::string() : desktop.substr(comment))
+              comment == std::string::npos ? std::string() : text.substr(comment))
         << f.docType;
-    EXPECT_NE(std::string::npos, desktop.find("X-Kestrove-IconIndex=" + std::to_string(f.icon) + "\n")) << f.docType;
-    EXPECT_NE(std::string::npos, desktop.find("tray.rfa\n")) << desktop;
+    EXPECT_NE(std::string::npos, text.find("X-Kestrove-IconIndex=" + std::to_string(f.icon) + "\n")) << f.docType;
+    EXPECT_NE(std::string::npos, text.find("tray.rfa\n")) << text;
   }
+
+  // The unsynchronised folder refuses the duplicate: it waits at the temporary name.
+  test::Immutable locked(base::ToUtf8(unsync) + "/sub");
+  if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
+  WriteFile(p("sub/x.txt"), "third");
+  EXPECT_THROW_CODE(fileMgr->CreateDupDoc(w("sub/x.txt"), kDocId), 5);
+  EXPECT_EQ("third", ReadFile(TempOf("sub/x.txt")));
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ TEST(JsonTest, ReadsEveryTypeWritesItBackAndReportsTypeAndFormatErrors) {
   EXPECT_EQ(JSON::FormatError, Raised([] { Value list; list.push_back(Value()); list.to_string(); }).getCode());
 }
 
-TEST(JsonTest, NumbersFollowTheGrammar) {
+TEST(JsonTest, NumbersFollowTheGrammarAndStringsDecodeEscapesAndKeepUtf8) {
   EXPECT_EQ(INT64_MAX, Value::parse("9223372036854775807").as_integer());
   EXPECT_EQ(INT64_MIN, Value::parse("-9223372036854775808").as_integer());
   EXPECT_EQ("-0", Value::parse("-0").to_string());  // a float, so the sign is kept
@@ -69,9 +69,8 @@ TEST(JsonTest, NumbersFollowTheGrammar) {
   EXPECT_EQ(u"Assert false : Parse error: pos=1. [JSON::ValueT<char>::read ()]", ParseFailure("01").getMessage());
   EXPECT_EQ(u"Assert false : Parse error: pos=2. [JSON::ValueT<char>::read_number ()]",
             ParseFailure("1.").getMessage());
-}
 
-TEST(JsonTest, StringsDecodeEscapesAndKeepUtf8) {
+  // Strings decode their escapes and keep UTF-8.
   const std::string text = "\"q\\\" b\\\\ s\\/ \\b\\f\\n\\r\\t \\u00e9\\u4E2D \\ud83d\\ude00 raw 文件\"";
   const Value value = Value::parse(text);
   EXPECT_EQ("q\" b\\ s/ \b\f\n\r\t \xC3\xA9\xE4\xB8\xAD \xF0\x9F\x98\x80 raw 文件", value.as_string());

@@ -62,7 +62,7 @@ class MsgMgrTest : public ::testing::Test {
   nsCOMPtr<ncMsgMgr> msg{NC_NEW(ncMsgMgr)};
 };
 
-TEST_F(MsgMgrTest, EveryFieldRoundTripsNewestFirstAndCleanupKeepsTheNewest) {
+TEST_F(MsgMgrTest, EveryFieldRoundTripsNewestFirstCleanupKeepsTheNewestAndUnreadAreCounted) {
   EXPECT_EQ(0, msg->GetMaxStamp());
   msg->RecordMsg({Message(1), Message(2), Message(3)});
   const std::vector<ncMsgInfo> all = Newest(10);
@@ -80,9 +80,8 @@ TEST_F(MsgMgrTest, EveryFieldRoundTripsNewestFirstAndCleanupKeepsTheNewest) {
   EXPECT_EQ((std::vector<String>{u"msg-3", u"msg-2"}), Ids(Newest(10)));
   msg->CleanupMsg(0);
   EXPECT_TRUE(Newest(10).empty());
-}
 
-TEST_F(MsgMgrTest, UnreadMessagesAreCountedAndMarkedRead) {
+  // Unread messages are counted and marked read.
   ncMsgInfo read = Message(3);
   read.state = 1;
   msg->RecordMsg({Message(1), Message(2), read});

@@ -178,7 +178,7 @@ TEST_F(PathRulesTest, TooLongAtTheFileSystemsLimits) {
   EXPECT_TRUE(pathMgr->IsTooLongPath(String(32743, u'a')));
 }
 
-TEST_F(PathRulesTest, SystemHeldEntriesAtTheRootOfADriveOrMount) {
+TEST_F(PathRulesTest, SystemHeldEntriesAtTheRootOfADriveOrMountAndSystemHiddenNeedsBothAttributes) {
   for (const char16_t* path : {u"C:\\pagefile.sys", u"d:\\System Volume Information", u"E:\\$RECYCLE.BIN\\S-1-5",
                                u"\\\\?\\C:\\pagefile.sys", u"/lost+found", u"/.Trash-1000/files", u"/.Trashes"})
     EXPECT_TRUE(pathMgr->IsSysHoldPath(path)) << base::ToUtf8(path);
@@ -189,9 +189,8 @@ TEST_F(PathRulesTest, SystemHeldEntriesAtTheRootOfADriveOrMount) {
   test::MakeDir(dir.path() + "/lost+found");
   EXPECT_FALSE(pathMgr->IsSysHoldPath(at("lost+found")));
   EXPECT_FALSE(pathMgr->IsSysHoldPath(at(".Trash-0")));
-}
 
-TEST_F(PathRulesTest, SystemHiddenNeedsBothAttributes) {
+  // System-hidden needs both attributes.
   if (!test::SupportsUserXattrs(dir.path())) GTEST_SKIP() << "no user extended attributes in " << dir.path();
   test::WriteFile(dir.path() + "/both", "");
   test::WriteFile(dir.path() + "/hidden", "");

@@ -271,7 +271,7 @@ TEST_F(BlockListTest, DeletingSplitsTheRangeThatHoldsTheBlock) {
   EXPECT_EQ(u"", empty);
 }
 
-TEST_F(BlockListTest, ClosingTheOpenRangeOnceTheLastBlockIsKnown) {
+TEST_F(BlockListTest, ClosingTheOpenRangeAndResumingInAnyOrderEndWithAnEmptyList) {
   struct Case {
     const char16_t* before;
     int32_t maxId;
@@ -295,11 +295,9 @@ TEST_F(BlockListTest, ClosingTheOpenRangeOnceTheLastBlockIsKnown) {
     EXPECT_EQ(c.result, relay->UpdateUnuploadWithMaxId(c.maxId, list)) << base::ToUtf8(c.before) << " " << c.maxId;
     EXPECT_EQ(String(c.after), list) << base::ToUtf8(c.before) << " " << c.maxId;
   }
-}
 
-// An upload resumed block by block in any order: after every block the list names exactly
-// the blocks still owed.
-TEST_F(BlockListTest, ResumingInAnyOrderEndsWithAnEmptyList) {
+  // An upload resumed block by block in any order: after every block the list names exactly
+  // the blocks still owed.
   std::mt19937 random(7);
   for (int round = 0; round < 20; ++round) {
     const int32_t last = 1 + static_cast<int32_t>(random() % 40);
