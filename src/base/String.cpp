@@ -340,17 +340,18 @@ String FloatBody(const FormatArg& arg, const Directive& d) {
   double value = arg.kind == FormatArg::Floating ? arg.d
                  : arg.kind == FormatArg::Signed ? static_cast<double>(arg.i)
                                                  : static_cast<double>(arg.u);
-  char spec[16];
+  char printfFormat[16];
   int n = 0;
-  spec[n++] = '%';
-  if (d.plus) spec[n++] = '+';
-  if (d.space) spec[n++] = ' ';
-  if (d.alternate) spec[n++] = '#';
-  if (d.precision >= 0) n += std::snprintf(spec + n, sizeof spec - n, ".%d", d.precision > 99 ? 99 : d.precision);
-  spec[n++] = d.conversion;
-  spec[n] = 0;
+  printfFormat[n++] = '%';
+  if (d.plus) printfFormat[n++] = '+';
+  if (d.space) printfFormat[n++] = ' ';
+  if (d.alternate) printfFormat[n++] = '#';
+  if (d.precision >= 0)
+    n += std::snprintf(printfFormat + n, sizeof printfFormat - n, ".%d", d.precision > 99 ? 99 : d.precision);
+  printfFormat[n++] = d.conversion;
+  printfFormat[n] = 0;
   char buffer[512];
-  std::snprintf(buffer, sizeof buffer, spec, value);
+  std::snprintf(buffer, sizeof buffer, printfFormat, value);
   return FromAscii(buffer);
 }
 
