@@ -7,6 +7,7 @@
 #include "docmgr/ncDocMgr.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncUpgradeMgr.h"
+#include "platform/ncExport.h"
 #include "xpcom/nsGenericModule.h"
 
 namespace {
@@ -56,7 +57,7 @@ const nsModuleInfo kModuleInfo = {NS_MODULEINFO_VERSION, "L\"docmgr\"", kCompone
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) nsresult NSGetModule(nsIComponentManager*, nsIFile*,
+extern "C" NC_EXPORT nsresult NSGetModule(nsIComponentManager*, nsIFile*,
                                                                        nsIModule** result) {
   return NS_NewGenericModule2(&kModuleInfo, result);
 }

@@ -1,12 +1,11 @@
 // Tracing, errors and argument checks shared by the classes of the component.
 #pragma once
 
-#include <pratom.h>
-
 #include "base/Exception.h"
 #include "base/Path.h"
 #include "base/String.h"
 #include "base/Trace.h"
+#include "platform/ncAtomic.h"
 #include "xpcom/nsTableDrivenQI.h"
 
 using base::String;
@@ -53,7 +52,7 @@ inline bool ncIsValidPath(const String& path) {
   NS_IMETHOD_(nsrefcnt) Release() override;                         \
                                                                     \
  protected:                                                         \
-  PRInt32 mRefCnt = 0;                                              \
+  int32_t mRefCnt = 0;                                              \
                                                                     \
  public:
 
@@ -69,9 +68,9 @@ inline bool ncIsValidPath(const String& path) {
 // take and drop references) and the object is destroyed by the given statement.
 #define NC_IMPL_ISUPPORTS1_DESTROYING(Class, Interface, destroy)   \
   NC_IMPL_QUERY_INTERFACE1(Class, Interface)                        \
-  nsrefcnt Class::AddRef() { return PR_AtomicIncrement(&mRefCnt); } \
+  nsrefcnt Class::AddRef() { return platform::AtomicIncrement(&mRefCnt); } \
   nsrefcnt Class::Release() {                                       \
-    const PRInt32 count = PR_AtomicDecrement(&mRefCnt);             \
+    const int32_t count = platform::AtomicDecrement(&mRefCnt);             \
     if (count != 0) return count;                                   \
     mRefCnt = 1;                                                    \
     destroy;                                                        \

@@ -101,4 +101,11 @@ void CreateGuidBytes(uint8_t bytes[16]);
 // Folder of the module (shared library or executable) that contains the address.
 String GetModuleDirectory(const void* addressInModule);
 
+// Module files loaded at run time. LoadModuleFile returns null on failure and leaves the
+// system's reason for LastModuleError.
+void* LoadModuleFile(const String& path);
+void* FindModuleSymbol(void* module, const char* name);
+void UnloadModuleFile(void* module);
+std::string LastModuleError();
+
 }  // namespace platform

@@ -2,6 +2,9 @@
 // relies on (boolean results, a thread-local last-error code with Win32 values, hidden and
 // system attributes in "user.DOSATTRIB", read-only as the owner-write bit).
 #include "platform/ncPlatform.h"
+#include "platform/ncAtomic.h"
+
+#include <pratom.h>
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -471,6 +474,32 @@ String GetModuleDirectory(const void* addressInModule) {
   const char* slash = std::strrchr(file, '/');
   return slash ? base::FromUtf8(std::string(file, slash)) : String(u".");
 }
+
+namespace {
+thread_local std::string lastModuleError;
+}  // namespace
+
+void* LoadModuleFile(const String& path) {
+  void* module = ::dlopen(NativePath(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!module) {
+    const char* why = ::dlerror();
+    lastModuleError = why ? why : "cannot open the module file";
+  }
+  return module;
+}
+
+void* FindModuleSymbol(void* module, const char* name) {
+  void* symbol = ::dlsym(module, name);
+  if (!symbol) lastModuleError = std::string("no symbol ") + name;
+  return symbol;
+}
+
+void UnloadModuleFile(void* module) { ::dlclose(module); }
+
+std::string LastModuleError() { return lastModuleError; }
+
+int32_t AtomicIncrement(int32_t* value) { return PR_AtomicIncrement(value); }
+int32_t AtomicDecrement(int32_t* value) { return PR_AtomicDecrement(value); }
 
 }  // namespace platform
 

@@ -1,9 +1,10 @@
 #include "xpcom/nsHostLoader.h"
 
-#include <dlfcn.h>
-
 #include <atomic>
 #include <cstring>
+
+#include "base/String.h"
+#include "platform/ncPlatform.h"
 
 class nsHostLoader::Manager : public nsIComponentManager, public nsIComponentRegistrar {
  public:
@@ -76,7 +77,7 @@ nsHostLoader::~nsHostLoader() {
   for (nsIModule* module : manager_->modules) module->Release();
   manager_->modules.clear();
   manager_->Release();
-  for (auto handle = handles_.rbegin(); handle != handles_.rend(); ++handle) ::dlclose(*handle);
+  for (auto handle = handles_.rbegin(); handle != handles_.rend(); ++handle) platform::UnloadModuleFile(*handle);
 }
 
 nsresult nsHostLoader::addModule(nsGetModuleProc getModule, const std::string& location) {
@@ -95,16 +96,15 @@ nsresult nsHostLoader::addModule(nsGetModuleProc getModule, const std::string& l
 }
 
 nsresult nsHostLoader::loadModule(const std::string& file) {
-  void* handle = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* handle = platform::LoadModuleFile(base::FromUtf8(file));
   if (!handle) {
-    const char* why = ::dlerror();
-    lastError_ = why ? why : (file + ": cannot open");
+    lastError_ = file + ": " + platform::LastModuleError();
     return NS_ERROR_FACTORY_NOT_LOADED;
   }
-  void* symbol = ::dlsym(handle, NS_GET_MODULE_SYMBOL);
+  void* symbol = platform::FindModuleSymbol(handle, NS_GET_MODULE_SYMBOL);
   if (!symbol) {
     lastError_ = file + ": no " NS_GET_MODULE_SYMBOL;
-    ::dlclose(handle);
+    platform::UnloadModuleFile(handle);
     return NS_ERROR_FACTORY_NOT_LOADED;
   }
   handles_.push_back(handle);
