@@ -40,7 +40,7 @@ TEST(ModuleTest, HostLearnsBothComponentsFromTheModuleFile) {
   // Each component by its contract id and by its class id, asked for its own interface.
   const nsIID* interfaces[] = {&NS_GET_IID(ncIUpgradeMgr), &NS_GET_IID(ncIDocMgr)};
   for (size_t i = 0; i < 2; ++i) {
-    const nsHostLoader::Registration& registration = host.registrations()[i];
+    const nsHostLoader::Registration registration = host.registrations()[i];
     void* byContract = nullptr;
     void* byClass = nullptr;
     ASSERT_EQ(NS_OK, host.createInstanceByContractID(registration.contractId.c_str(), nullptr, *interfaces[i],

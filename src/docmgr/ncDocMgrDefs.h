@@ -5,7 +5,7 @@
 #include "base/Path.h"
 #include "base/String.h"
 #include "base/Trace.h"
-#include "platform/ncAtomic.h"
+#include "xpcom/nsRefCount.h"
 #include "xpcom/nsTableDrivenQI.h"
 
 using base::String;
@@ -52,12 +52,12 @@ inline bool ncIsValidPath(const String& path) {
   NS_IMETHOD_(nsrefcnt) Release() override;                         \
                                                                     \
  protected:                                                         \
-  int32_t mRefCnt = 0;                                              \
+  nsRefCount mRefCnt;                                               \
                                                                     \
  public:
 
 #define NC_IMPL_QUERY_INTERFACE1(Class, Interface)                                           \
-  nsresult Class::QueryInterface(const nsIID& iid, void** result) {                          \
+  NS_IMETHODIMP Class::QueryInterface(const nsIID& iid, void** result) {                     \
     static const QITableEntry table[] = {{&NS_GET_IID(Interface), NS_INTERFACE_OFFSET(Class, Interface)}, \
                                          {&NS_GET_IID(nsISupports), NS_INTERFACE_OFFSET(Class, Interface)}, \
                                          {nullptr, 0}};                                      \
@@ -68,11 +68,11 @@ inline bool ncIsValidPath(const String& path) {
 // take and drop references) and the object is destroyed by the given statement.
 #define NC_IMPL_ISUPPORTS1_DESTROYING(Class, Interface, destroy)   \
   NC_IMPL_QUERY_INTERFACE1(Class, Interface)                        \
-  nsrefcnt Class::AddRef() { return platform::AtomicIncrement(&mRefCnt); } \
-  nsrefcnt Class::Release() {                                       \
-    const int32_t count = platform::AtomicDecrement(&mRefCnt);             \
+  NS_IMETHODIMP_(nsrefcnt) Class::AddRef() { return mRefCnt.increment(); } \
+  NS_IMETHODIMP_(nsrefcnt) Class::Release() {                       \
+    const nsrefcnt count = mRefCnt.decrement();                     \
     if (count != 0) return count;                                   \
-    mRefCnt = 1;                                                    \
+    mRefCnt.stabilize();                                            \
     destroy;                                                        \
     return 0;                                                       \
   }

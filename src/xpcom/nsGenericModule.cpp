@@ -4,10 +4,16 @@
 #include <new>
 
 #include "xpcom/nsCOMPtr.h"
+#include "xpcom/nsIComponentRegistrar.h"
+#include "xpcom/nsIFactory.h"
+#include "xpcom/nsRefCount.h"
 
 namespace {
 
-// Reference counting shared by the module and its factories (heap objects of the host side).
+// Factories that a host has locked keep the module loaded.
+std::atomic<int32_t> factoryLocks{0};
+
+// Reference counting of the module and its factories, which live on the ordinary heap.
 template <typename Interface>
 class HeapObject : public Interface {
  public:
@@ -21,15 +27,20 @@ class HeapObject : public Interface {
     *result = nullptr;
     return NS_ERROR_NO_INTERFACE;
   }
-  NS_IMETHOD_(nsrefcnt) AddRef() override { return ++count_; }
+  NS_IMETHOD_(nsrefcnt) AddRef() override { return count_.increment(); }
   NS_IMETHOD_(nsrefcnt) Release() override {
-    const nsrefcnt count = --count_;
-    if (count == 0) delete this;
-    return count;
+    const nsrefcnt count = count_.decrement();
+    if (count != 0) return count;
+    count_.stabilize();
+    delete this;
+    return 0;
   }
 
+ protected:
+  virtual ~HeapObject() = default;
+
  private:
-  std::atomic<nsrefcnt> count_{0};
+  nsRefCount count_;
 };
 
 class GenericFactory : public HeapObject<nsIFactory> {
@@ -39,12 +50,18 @@ class GenericFactory : public HeapObject<nsIFactory> {
     if (!info_->mConstructor) return NS_ERROR_FACTORY_NOT_LOADED;
     return info_->mConstructor(outer, iid, result);
   }
-  NS_IMETHOD LockFactory(bool) override { return NS_OK; }
+  NS_IMETHOD LockFactory(PRBool lock) override {
+    if (lock) ++factoryLocks;
+    else if (factoryLocks.load() > 0) --factoryLocks;
+    return NS_OK;
+  }
 
- private:
+ protected:
   ~GenericFactory() override {
     if (info_->mFactoryDestructor) info_->mFactoryDestructor();
   }
+
+ private:
   const nsModuleComponentInfo* info_;
 };
 
@@ -57,14 +74,11 @@ class GenericModule : public HeapObject<nsIModule> {
     *result = nullptr;
     const nsresult started = Initialize();
     if (NS_FAILED(started)) return started;
-    for (uint32_t i = 0; i < info_->mCount; ++i) {
-      const nsModuleComponentInfo& component = info_->mComponents[i];
-      if (!component.mCID.Equals(cid)) continue;
-      nsCOMPtr<nsIFactory> factory(new (std::nothrow) GenericFactory(&component));
-      if (!factory) return NS_ERROR_OUT_OF_MEMORY;
-      return factory->QueryInterface(iid, result);
-    }
-    return NS_ERROR_FACTORY_NOT_REGISTERED;
+    const nsModuleComponentInfo* component = Find(cid);
+    if (!component) return NS_ERROR_FACTORY_NOT_REGISTERED;
+    nsCOMPtr<nsIFactory> factory(new (std::nothrow) GenericFactory(component));
+    if (!factory) return NS_ERROR_OUT_OF_MEMORY;
+    return factory->QueryInterface(iid, result);
   }
 
   NS_IMETHOD RegisterSelf(nsIComponentManager* compMgr, nsIFile* location, const char* loaderStr,
@@ -73,7 +87,7 @@ class GenericModule : public HeapObject<nsIModule> {
     if (NS_FAILED(started)) return started;
     nsCOMPtr<nsIComponentRegistrar> registrar = do_QueryInterface<nsIComponentRegistrar>(compMgr);
     if (!registrar) return NS_ERROR_NO_INTERFACE;
-    for (uint32_t i = 0; i < info_->mCount; ++i) {
+    for (PRUint32 i = 0; i < info_->mCount; ++i) {
       const nsModuleComponentInfo& component = info_->mComponents[i];
       nsresult rv = registrar->RegisterFactoryLocation(component.mCID, component.mDescription,
                                                        component.mContractID, location, loaderStr, type);
@@ -85,22 +99,33 @@ class GenericModule : public HeapObject<nsIModule> {
   }
 
   NS_IMETHOD UnregisterSelf(nsIComponentManager* compMgr, nsIFile* location, const char* loaderStr) override {
-    for (uint32_t i = 0; i < info_->mCount; ++i) {
+    nsCOMPtr<nsIComponentRegistrar> registrar = do_QueryInterface<nsIComponentRegistrar>(compMgr);
+    for (PRUint32 i = 0; i < info_->mCount; ++i) {
       const nsModuleComponentInfo& component = info_->mComponents[i];
       if (component.mUnregisterSelfProc) component.mUnregisterSelfProc(compMgr, location, loaderStr, &component);
+      if (registrar) registrar->UnregisterFactoryLocation(component.mCID, location);
     }
     return NS_OK;
   }
 
-  NS_IMETHOD CanUnload(nsIComponentManager*, bool* result) override {
+  // The module file may go when no factory is locked and no object of the module is alive
+  // but the module itself.
+  NS_IMETHOD CanUnload(nsIComponentManager*, PRBool* result) override {
     if (!result) return NS_ERROR_NULL_POINTER;
-    *result = false;
+    *result = factoryLocks.load() == 0 && nsRefCount::liveObjects() <= 1 ? PR_TRUE : PR_FALSE;
     return NS_OK;
   }
 
- private:
+ protected:
   ~GenericModule() override {
     if (initialised_ && info_->mDtor) info_->mDtor(const_cast<nsModuleInfo*>(info_));
+  }
+
+ private:
+  const nsModuleComponentInfo* Find(const nsCID& cid) const {
+    for (PRUint32 i = 0; i < info_->mCount; ++i)
+      if (info_->mComponents[i].mCID.Equals(cid)) return &info_->mComponents[i];
+    return nullptr;
   }
 
   // The module constructor runs on first use.

@@ -1,7 +1,9 @@
 // A module built from a static description of its components (NS_NewGenericModule2).
 #pragma once
 
-#include "xpcom/nsIComponentManager.h"
+#include "xpcom/nsIModule.h"
+
+class nsIClassInfo;
 
 typedef nsresult (*NSConstructorProcPtr)(nsISupports* outer, const nsIID& iid, void** result);
 typedef nsresult (*NSRegisterSelfProcPtr)(nsIComponentManager*, nsIFile*, const char*, const char*,
@@ -9,8 +11,8 @@ typedef nsresult (*NSRegisterSelfProcPtr)(nsIComponentManager*, nsIFile*, const 
 typedef nsresult (*NSUnregisterSelfProcPtr)(nsIComponentManager*, nsIFile*, const char*,
                                             const struct nsModuleComponentInfo*);
 typedef void (*NSFactoryDestructorProcPtr)();
-typedef nsresult (*NSGetInterfacesProcPtr)(uint32_t* count, nsIID*** array);
-typedef nsresult (*NSGetLanguageHelperProcPtr)(uint32_t language, nsISupports** helper);
+typedef nsresult (*NSGetInterfacesProcPtr)(PRUint32* count, nsIID*** array);
+typedef nsresult (*NSGetLanguageHelperProcPtr)(PRUint32 language, nsISupports** helper);
 typedef nsresult (*nsModuleConstructorProc)(struct nsModuleInfo* self);
 typedef void (*nsModuleDestructorProc)(struct nsModuleInfo* self);
 
@@ -24,17 +26,17 @@ struct nsModuleComponentInfo {
   NSFactoryDestructorProcPtr mFactoryDestructor;
   NSGetInterfacesProcPtr mGetInterfacesProc;
   NSGetLanguageHelperProcPtr mGetLanguageHelperProc;
-  void** mClassInfoGlobal;
-  uint32_t mFlags;
+  nsIClassInfo** mClassInfoGlobal;
+  PRUint32 mFlags;
 };
 
 #define NS_MODULEINFO_VERSION 0x00015000
 
 struct nsModuleInfo {
-  uint32_t mVersion;
+  PRUint32 mVersion;
   const char* mModuleName;
   const nsModuleComponentInfo* mComponents;
-  uint32_t mCount;
+  PRUint32 mCount;
   nsModuleConstructorProc mCtor;
   nsModuleDestructorProc mDtor;
 };

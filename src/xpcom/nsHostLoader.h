@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "xpcom/nsCOMPtr.h"
-#include "xpcom/nsIComponentManager.h"
+#include "xpcom/nsIModule.h"
 
 class nsHostLoader {
  public:
@@ -40,7 +40,7 @@ class nsHostLoader {
     return nsCOMPtr<T>::adopt(static_cast<T*>(result));
   }
 
-  const std::vector<Registration>& registrations() const;
+  std::vector<Registration> registrations() const;
   const std::string& lastError() const { return lastError_; }
 
  private:

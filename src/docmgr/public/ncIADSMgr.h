@@ -40,4 +40,7 @@ class ncIADSMgr : public nsISupports {
   virtual bool GetStatusInfo(const base::String& path, int64_t& status) = 0;
   virtual bool CheckStatusInfo(const base::String& path) = 0;
   virtual void DeleteStatusInfo(const base::String& path) = 0;
+
+ protected:
+  ~ncIADSMgr() = default;
 };

@@ -228,4 +228,7 @@ class ncICacheMgr : public nsISupports {
   // parents before their children (ordered by parentPath, then name). "" (or a bare view
   // folder in view mode) lists the whole cache (the whole view). Cleared first.
   virtual void GetCacheSubInfos(const base::String& relPath, std::vector<ncCacheDocInfo>& infos) = 0;
+
+ protected:
+  ~ncICacheMgr() = default;
 };

@@ -18,4 +18,7 @@ class ncIDBMgr : public nsISupports {
   virtual void BeginTransaction() = 0;
   virtual void CommitTransaction() = 0;
   virtual void RollbackTransaction() = 0;
+
+ protected:
+  ~ncIDBMgr() = default;
 };

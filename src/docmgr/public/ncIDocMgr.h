@@ -54,6 +54,9 @@ class ncIDocMgr : public nsISupports {
   virtual ncIRelayMgr* GetRelayMgr(const base::String& path) = 0;
   // A new database wrapper; the document manager keeps it alive until the next call.
   virtual ncIDBMgr* CreateDBMgr() = 0;
+
+ protected:
+  ~ncIDocMgr() = default;
 };
 
 #define NC_DOCMGR_CONTRACTID "@kestrove.org/kestrove3.5/docmgr;1"

@@ -34,4 +34,7 @@ class ncIFileMgr : public nsISupports {
   virtual void CustomizeFolder(const base::String& path, int docType, const base::String& typeName) = 0;
   // Icon only, for the folders of a view.
   virtual void CustomizeVrFolder(const base::String& path, int docType) = 0;
+
+ protected:
+  ~ncIFileMgr() = default;
 };

@@ -37,4 +37,7 @@ class ncILogMgr : public nsISupports {
   // The visible entries newer than id, newest first; with id 0 the 200 newest.
   virtual void GetSyncLogById(int logType, std::vector<ncSyncLogInfo>& out, const int64_t& id,
                               uint32_t& total) = 0;
+
+ protected:
+  ~ncILogMgr() = default;
 };

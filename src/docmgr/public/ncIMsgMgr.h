@@ -64,4 +64,7 @@ class ncIMsgMgr : public nsISupports {
   // Known messages take the new stamp, state, due date and reminder text; the unknown
   // ones are appended to newMsgs in input order.
   virtual void UpdateAndFilterMsg(const std::vector<ncMsgInfo>& msgs, std::vector<ncMsgInfo>& newMsgs) = 0;
+
+ protected:
+  ~ncIMsgMgr() = default;
 };

@@ -52,4 +52,7 @@ class ncIPathMgr : public nsISupports {
   virtual base::String GetContainDocIdTempPathName(const base::String& path, const base::String& docId) = 0;
   // A fresh temporary name beside path, unique through a new GUID.
   virtual base::String GetGuidTempPathName(const base::String& path) = 0;
+
+ protected:
+  ~ncIPathMgr() = default;
 };

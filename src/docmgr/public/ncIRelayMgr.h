@@ -99,4 +99,7 @@ class ncIRelayMgr : public nsISupports {
                                          int64_t lastModified) = 0;
   virtual void UpdateDownloadNonius_Pause(const base::String& path, double ratios, int status) = 0;
   virtual void DeleteDownloadNonius(const base::String& path) = 0;
+
+ protected:
+  ~ncIRelayMgr() = default;
 };

@@ -38,6 +38,9 @@ class ncIUpgradeMgr : public nsISupports {
   virtual void SetViews(const std::vector<ncUpgradeView>& views) = 0;
   virtual void DoUpgrade() = 0;
   virtual void GetSummary(ncUpgradeSummary& summary) = 0;
+
+ protected:
+  ~ncIUpgradeMgr() = default;
 };
 
 #define NC_UPGRADEMGR_CONTRACTID "@kestrove.org/kestrove3.5/upgrademgr;1"

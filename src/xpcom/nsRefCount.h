@@ -1,0 +1,29 @@
+// The reference count of every object of the component model (components, internal
+// managers, the module and its factories, the host loader's manager): atomic arithmetic of
+// the platform layer. Each count also counts itself among the live objects of its binary,
+// which is what tells a host whether a module file may be unloaded.
+#pragma once
+
+#include <cstdint>
+
+#include "xpcom/nscore.h"
+
+class nsRefCount {
+ public:
+  nsRefCount();
+  ~nsRefCount();
+  nsRefCount(const nsRefCount&) = delete;
+  nsRefCount& operator=(const nsRefCount&) = delete;
+
+  nsrefcnt increment();
+  nsrefcnt decrement();
+  // Before destruction the count is set to 1, so that a destructor that takes and drops a
+  // reference to its own object cannot destroy it a second time.
+  void stabilize() { value_ = 1; }
+
+  // Objects alive in this binary that carry a count.
+  static int32_t liveObjects();
+
+ private:
+  int32_t value_ = 0;
+};
