@@ -198,4 +198,70 @@ TEST(DocMgrRootsTest, EachRootHasItsOwnManagersAndAllAreReleased) {
   EXPECT_EQ(before, pool->liveObjects()) << "live: " << pool->liveObjects();
 }
 
+// The reports: what waits in each root's cache and what was set aside, main root first, and
+// the unsynchronised log newest first.
+TEST_F(DocMgrTest, ReportsListWhatHasNotReachedTheServerInEveryRoot) {
+  std::vector<ncUnsyncDocInfo> docs;
+  docMgr->GetUnsyncDoc(docs);  // nothing open yet
+  EXPECT_TRUE(docs.empty());
+  EXPECT_EQ(0u, docMgr->GetUnsyncLogNum());
+
+  for (const char* folder : {"/root", "/root/a", "/work/local"}) test::MakeDir(dir.path() + folder);
+  docMgr->Init(dir.child("root"), dir.child("root"), {}, false, u"alice");
+  const String local = dir.child("work/local");
+  docMgr->AddLocalSync(local);
+
+  ncCacheInfo waiting;
+  waiting.state = NC_CACHE_STATE_UNSYNC;
+  waiting.size = 12;
+  waiting.errcode = 7;
+  waiting.id = u"local-1";
+  Adopt(docMgr->GetCacheMgr(u""))->Update(u"a\\new.txt", waiting);
+  ncCacheInfo busy = waiting;  // a task works on it: not reported
+  busy.id = u"local-2";
+  busy.execTask = 1;
+  Adopt(docMgr->GetCacheMgr(u""))->Update(u"a\\busy.txt", busy);
+  ncCacheInfo synced;  // on the server: not reported
+  synced.id = u"gns://A/B";
+  Adopt(docMgr->GetCacheMgr(u""))->Update(u"a\\done.txt", synced);
+  waiting.id = u"local-3";
+  waiting.isDir = 1;
+  Adopt(docMgr->GetCacheMgr(local))->Update(u"local\\folder", waiting);
+
+  test::WriteFile(dir.path() + "/root/a/refused.txt", "12345");
+  const String setAside = Adopt(docMgr->GetFileMgr(u""))->CreateDupDoc(dir.child("root/a/refused.txt"), u"gns://A/C");
+
+  docMgr->GetUnsyncDoc(docs);
+  ASSERT_EQ(3u, docs.size());
+  EXPECT_EQ(dir.child("root"), docs[0].root);
+  EXPECT_EQ(u"a\\new.txt", docs[0].relPath);
+  EXPECT_EQ(NC_UNSYNC_DOC_WAITING, docs[0].kind);
+  EXPECT_EQ(12, docs[0].size);
+  EXPECT_EQ(7, docs[0].errcode);
+  EXPECT_EQ(Adopt(docMgr->GetPathMgr(u""))->GetRelativePath(setAside), docs[1].relPath);
+  EXPECT_EQ(NC_UNSYNC_DOC_SET_ASIDE, docs[1].kind);
+  EXPECT_EQ(5, docs[1].size);
+  EXPECT_FALSE(docs[1].isDir);
+  EXPECT_EQ(local, docs[2].root);
+  EXPECT_EQ(u"local\\folder", docs[2].relPath);
+  EXPECT_TRUE(docs[2].isDir);
+
+  nsCOMPtr<ncILogMgr> log = Adopt(docMgr->GetLogMgr());
+  for (int i = 1; i <= 3; ++i) {
+    ncSyncLogInfo entry;
+    entry.relPath = base::Format(u"refused %d.txt", i);
+    log->RecordSyncLog(NC_SYNCLOG_TYPE_UNSYNC, entry);
+    log->RecordSyncLog(0, entry);  // another type: not counted
+  }
+  EXPECT_EQ(3u, docMgr->GetUnsyncLogNum());
+  std::vector<ncSyncLogInfo> page;
+  uint32_t total = 0;
+  docMgr->GetUnsyncLog(page, 1, 2, total);
+  EXPECT_EQ(3u, total);
+  ASSERT_EQ(2u, page.size());
+  EXPECT_EQ(u"refused 3.txt", page[0].relPath);
+  EXPECT_EQ(u"refused 2.txt", page[1].relPath);
+  EXPECT_THROW_CODE(docMgr->GetUnsyncLog(page, 5, 6, total), 2);
+}
+
 }  // namespace

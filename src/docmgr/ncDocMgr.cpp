@@ -1,5 +1,7 @@
 #include "docmgr/ncDocMgr.h"
 
+#include <algorithm>
+
 #include "base/Directory.h"
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocUtils.h"
@@ -64,6 +66,7 @@ void ncDocMgr::Init(const String& rootPath, const String& logRootPath, const std
   logMgr_->Init(base::Path::combine(logData, u"log.db"));
   msgMgr_->Init(base::Path::combine(logData, u"msg.db"));
   relayMgr_->Init(base::Path::combine(mainData, u"nonius.db"));
+  storesOpen_ = true;
 
   CustomizeTopFolders();
 }
@@ -136,8 +139,72 @@ void ncDocMgr::Close() {
   if (logMgr_) logMgr_->Close();
   if (msgMgr_) msgMgr_->Close();
   if (relayMgr_) relayMgr_->Close();
+  storesOpen_ = false;
   for (auto& entry : localSyncs_) CloseLocalSync(entry.second);
   localSyncs_.clear();
+}
+
+void ncDocMgr::GetUnsyncDoc(std::vector<ncUnsyncDocInfo>& docs) {
+  NC_TRACE(u"this: 0x%p", this);
+  docs.clear();
+  if (storesOpen_) AppendUnsyncDocs(pathMgr_.get(), cacheMgr_.get(), docs);
+  for (const auto& entry : localSyncs_) AppendUnsyncDocs(entry.second.pathMgr.get(), entry.second.cacheMgr.get(), docs);
+}
+
+void ncDocMgr::AppendUnsyncDocs(ncPathMgr* pathMgr, ncCacheMgr* cacheMgr, std::vector<ncUnsyncDocInfo>& docs) {
+  std::vector<ncCacheUnexecInfo> waiting;
+  cacheMgr->Unsync_GetUnexecInfoVec(u"", waiting, 0);
+  const String root = pathMgr->GetRootPath();
+  // The cache lists them in reverse order of its query; the report keeps the cache's order.
+  for (auto item = waiting.rbegin(); item != waiting.rend(); ++item) {
+    ncUnsyncDocInfo doc;
+    doc.root = root;
+    doc.relPath = item->relPath;
+    doc.kind = NC_UNSYNC_DOC_WAITING;
+    doc.isDir = item->isDir;
+    doc.size = item->size;
+    doc.errcode = item->errcode;
+    docs.push_back(doc);
+  }
+  const String folder = pathMgr->GetUnsyncDocPath();
+  if (base::Directory::exists(folder)) AppendSetAsideDocs(pathMgr, folder, docs);
+}
+
+// Every file below the folder, depth first in the order of the listing, but for what the
+// ignore rules name (the folder's own shell customisation among them).
+void ncDocMgr::AppendSetAsideDocs(ncPathMgr* pathMgr, const String& folder, std::vector<ncUnsyncDocInfo>& docs) {
+  for (const String& path : base::Directory::list(folder)) {
+    if (pathMgr->IsIgnorePath(path)) continue;
+    if (base::Directory::exists(path)) {
+      AppendSetAsideDocs(pathMgr, path, docs);
+      continue;
+    }
+    ncUnsyncDocInfo doc;
+    doc.root = pathMgr->GetRootPath();
+    doc.relPath = pathMgr->GetRelativePath(path);
+    doc.kind = NC_UNSYNC_DOC_SET_ASIDE;
+    if (!platform::GetFileSize(path, doc.size)) continue;  // gone while we looked
+    docs.push_back(doc);
+  }
+}
+
+void ncDocMgr::GetUnsyncLog(std::vector<ncSyncLogInfo>& entries, uint32_t begin, uint32_t end, uint32_t& total) {
+  NC_TRACE(u"begin: %u, end: %u", begin, end);
+  entries.clear();
+  total = 0;
+  if (!storesOpen_) return;
+  // The sync log numbers its pages from the newest entry but returns each page oldest first.
+  logMgr_->GetSyncLog(NC_SYNCLOG_TYPE_UNSYNC, entries, begin, end, total);
+  std::reverse(entries.begin(), entries.end());
+}
+
+uint32_t ncDocMgr::GetUnsyncLogNum() {
+  NC_TRACE(u"this: 0x%p", this);
+  std::vector<ncSyncLogInfo> none;
+  uint32_t total = 0;
+  if (!storesOpen_) return total;
+  logMgr_->GetSyncLog(NC_SYNCLOG_TYPE_UNSYNC, none, 0, 0, total);  // an empty page: only the count
+  return total;
 }
 
 bool ncDocMgr::IsNewView() {
@@ -178,7 +245,6 @@ ncICacheMgr* ncDocMgr::GetCacheMgr(const String& path) {
   return ManagerFor<ncICacheMgr>(path, cacheMgr_, &LocalSync::cacheMgr);
 }
 
-// The managers below arrive with their stores; until then the facade has none to hand out.
 ncILogMgr* ncDocMgr::GetLogMgr() {
   NC_TRACE(u"this: 0x%p", this);
   return AddRefed<ncILogMgr>(logMgr_.get());

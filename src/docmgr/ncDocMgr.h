@@ -31,6 +31,9 @@ class ncDocMgr : public ncIDocMgr {
   void GetLocalSyncs(std::vector<String>& roots) override;
   void Close() override;
   bool IsNewView() override;
+  void GetUnsyncDoc(std::vector<ncUnsyncDocInfo>& docs) override;
+  void GetUnsyncLog(std::vector<ncSyncLogInfo>& entries, uint32_t begin, uint32_t end, uint32_t& total) override;
+  uint32_t GetUnsyncLogNum() override;
   ncIPathMgr* GetPathMgr(const String& path) override;
   ncIFileMgr* GetFileMgr(const String& path) override;
   ncIADSMgr* GetADSMgr() override;
@@ -61,6 +64,9 @@ class ncDocMgr : public ncIDocMgr {
                         nsCOMPtr<Manager> LocalSync::*ofLocalSync) const;
   static void CreateHiddenDirectory(const String& path);
   void CloseLocalSync(LocalSync& entry);
+  // The unsynchronised items of one root: waiting in its cache, then set aside.
+  static void AppendUnsyncDocs(ncPathMgr* pathMgr, ncCacheMgr* cacheMgr, std::vector<ncUnsyncDocInfo>& docs);
+  static void AppendSetAsideDocs(ncPathMgr* pathMgr, const String& folder, std::vector<ncUnsyncDocInfo>& docs);
   // Gives each top folder that exists under the root its icon and display text.
   void CustomizeTopFolders();
 
@@ -73,6 +79,7 @@ class ncDocMgr : public ncIDocMgr {
   nsCOMPtr<ncRelayMgr> relayMgr_;
   std::vector<ncTopFolderInfo> topFolders_;
   bool isNewView_ = false;
+  bool storesOpen_ = false;  // the main root's stores, between Init and Close
   std::map<String, LocalSync> localSyncs_;
   String userName_;
   nsCOMPtr<ncDBMgr> dbMgr_;

@@ -62,6 +62,8 @@ std::string NativePath(const String& path);
 bool ExceedsNativePathLimits(const String& path);
 
 uint32_t GetFileAttributes(const String& path);
+// The size in bytes of a file.
+bool GetFileSize(const String& path, int64_t& size);
 bool SetFileAttributes(const String& path, uint32_t attributes);
 
 bool CreateDirectory(const String& path);

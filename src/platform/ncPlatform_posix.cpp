@@ -164,6 +164,13 @@ uint32_t GetFileAttributes(const String& path) {
   return attributes;
 }
 
+bool GetFileSize(const String& path, int64_t& size) {
+  struct stat info;
+  if (::stat(NativePath(path).c_str(), &info) != 0) return FailFromErrno();
+  size = static_cast<int64_t>(info.st_size);
+  return true;
+}
+
 bool SetFileAttributes(const String& path, uint32_t attributes) {
   const std::string native = NativePath(path);
   struct stat info;
