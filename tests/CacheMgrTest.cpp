@@ -354,8 +354,6 @@ TEST_F(CacheMgrTest, UnsynchronisedQueries) {
 }
 
 TEST_F(CacheMgrTest, SearchRunsFourStrategiesInOrderWithoutDuplicates) {
-  // Rows are added in the order of their initials, so a scan of the table and a scan of the
-  // search index meet them in the same order.
   Add(u"啊1不从");      // initials A1BC: the key's letters in order
   Add(u"啊不从");       // initials ABC: contain the key
   Add(u"a1b1c1");       // name with the key's letters in order
@@ -392,6 +390,23 @@ TEST_F(CacheMgrTest, SearchStopsAStatementAtItsFirstDuplicateAndDoublesKeyQuotes
   cache_->Search(u"it's", u"[", u"]", hits, 10);
   ASSERT_EQ(1u, hits.size());
   EXPECT_EQ(u"it''s.txt", hits[0].name);
+}
+
+// Which hits a user sees depends on the order in which a statement meets the rows: row order,
+// also in a cache file that an earlier build gave an index over the searched columns.
+TEST_F(CacheMgrTest, SearchMeetsRowsInTheOrderTheyWereWritten) {
+  cache_->GetDBMgr()->ExecuteSql(u"create index tb_cacheInfo_search_idx on tb_cacheInfo(acronym, name)");
+  cache_->Close();
+  Open(false);
+  EXPECT_TRUE(Query("select name from sqlite_master where name = 'tb_cacheInfo_search_idx'").empty());
+  Add(u"在文档");    // ZWD
+  Add(u"文件档案");  // WJDA: only the scattered initials match, after a duplicate
+  Add(u"新文档");    // XWD
+  std::vector<ncCacheSearchInfo> hits;
+  cache_->Search(u"wd", u"[", u"]", hits, 10);
+  std::vector<String> names;
+  for (const auto& hit : hits) names.push_back(hit.name);
+  EXPECT_EQ((std::vector<String>{u"在文档", u"新文档"}), names);
 }
 
 }  // namespace

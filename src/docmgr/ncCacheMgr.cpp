@@ -164,10 +164,10 @@ void ncCacheMgr::Init(const String& path, bool viewMode) {
                          kTable));
   db_->ExecuteSql(Format(u"create index if not exists %s on %s(parentId)", Format(u"%s_parent_id_idx", kTable),
                          kTable));
-  // Every search statement filters on acronym or name with a LIKE that no index can seek:
-  // an index holding all the columns a search reads lets it scan that instead of the table.
-  db_->ExecuteSql(Format(u"create index if not exists %s on %s(acronym, name, parentPath, viewName, isDir)",
-                         Format(u"%s_search_idx", kTable), kTable));
+  // Earlier builds added a covering index for the search statements. It changes the order in
+  // which a search statement returns its rows, and with the rule that a statement stops at
+  // its first duplicate hit, which hits a user sees: searches must walk the table in row order.
+  db_->ExecuteSql(Format(u"drop index if exists %s", Format(u"%s_search_idx", kTable)));
 }
 
 void ncCacheMgr::Close() {

@@ -196,8 +196,8 @@ class ncICacheMgr : public nsISupports {
   // Up to maxNum distinct items whose initials or name match key, strongest match first:
   // initials containing the key, names containing it, initials holding its characters in
   // order, names holding them in order (the initials tests only for a printable ASCII key).
-  // Within one strategy the hits come in the order of the search index (initials, then
-  // name); a strategy stops at its first row already shown. hits is cleared first.
+  // Within one strategy the hits come in the order in which the rows were written (row
+  // order); a strategy stops at its first row already shown. hits is cleared first.
   virtual void Search(const base::String& key, const base::String& prefix, const base::String& suffix,
                       std::vector<ncCacheSearchInfo>& hits, uint32_t maxNum) = 0;
 
