@@ -11,14 +11,12 @@ struct nsID {
   uint8_t m3[8];
 
   bool Equals(const nsID& other) const;
-  // Parses "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}" (braces optional).
-  bool Parse(const char* text);
+  // "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}"
   std::string ToString() const;
 };
 
 inline bool operator==(const nsID& a, const nsID& b) { return a.Equals(b); }
 inline bool operator!=(const nsID& a, const nsID& b) { return !a.Equals(b); }
-inline bool operator<(const nsID& a, const nsID& b) { return a.ToString() < b.ToString(); }
 
 typedef nsID nsIID;
 typedef nsID nsCID;
