@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 struct nsID {
   uint32_t m0;
@@ -11,8 +10,6 @@ struct nsID {
   uint8_t m3[8];
 
   bool Equals(const nsID& other) const;
-  // "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}"
-  std::string ToString() const;
 };
 
 inline bool operator==(const nsID& a, const nsID& b) { return a.Equals(b); }
