@@ -48,7 +48,7 @@ bench: deps
 	cd build-bench && ./bin/docmgr-bench
 
 sanitize-test:
-	$(MAKE) test BUILD=build-asan CMAKE_FLAGS="-DDOCMGR_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug"
+	$(MAKE) test BUILD=build-asan CMAKE_FLAGS="-DDOCMGR_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug $(CMAKE_FLAGS)"
 
 clean:
 	rm -rf build build-asan build-bench
