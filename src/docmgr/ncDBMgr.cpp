@@ -122,3 +122,9 @@ void ncDBMgr::RollbackTransaction() {
   ExecuteSql(u"rollback transaction");
   transactionLock_.unlock();
 }
+
+void ncDBMgr::ProtectSchema() { schemaProtected_ = true; }
+
+ncDBMgr::SchemaChange::SchemaChange(ncDBMgr& db) : db_(db) { ++db_.schemaChangeDepth_; }
+
+ncDBMgr::SchemaChange::~SchemaChange() { --db_.schemaChangeDepth_; }

@@ -29,10 +29,29 @@ class ncDBMgr : public ncIDBMgr {
 
   sqlite3* GetHandle() const { return db_; }
 
+  // Schema changes on a protected connection (CREATE, DROP, ALTER, ATTACH, DETACH, any write
+  // to sqlite_master) are refused, except inside a SchemaChange scope: the stores open one
+  // around their own set-up and repair, and call ProtectSchema once it is done, so that no
+  // value spliced into a later statement can change the schema. A connection from
+  // ncIDocMgr::CreateDBMgr stays unprotected: it belongs to the client.
+  void ProtectSchema();
+  class SchemaChange {
+   public:
+    explicit SchemaChange(ncDBMgr& db);
+    ~SchemaChange();
+    SchemaChange(const SchemaChange&) = delete;
+    SchemaChange& operator=(const SchemaChange&) = delete;
+
+   private:
+    ncDBMgr& db_;
+  };
+
  protected:
   virtual ~ncDBMgr();
 
  private:
   sqlite3* db_ = nullptr;
   base::ThreadMutexLock transactionLock_;
+  bool schemaProtected_ = false;
+  int schemaChangeDepth_ = 0;  // open SchemaChange scopes
 };
