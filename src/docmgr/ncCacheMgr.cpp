@@ -145,7 +145,7 @@ void ReadRecordColumns(const Query& query, int row, int first, ncCacheInfo& info
 
 }  // namespace
 
-NC_IMPL_POOLED_ISUPPORTS1(ncCacheMgr, ncICacheMgr)
+NC_IMPL_POOLED_ISUPPORTS2(ncCacheMgr, ncICacheMgr, ncIStoreBatch)
 
 ncCacheMgr::ncCacheMgr() : db_(NC_NEW(ncDBMgr)) { NC_TRACE(u"this: 0x%p", this); }
 
@@ -751,4 +751,28 @@ void ncCacheMgr::Unsync_GetUnexecInfoVec(const String& path, std::vector<ncCache
     info.size = query.int64(row, 4);
     infos.push_back(info);
   }
+}
+
+void ncCacheMgr::BeginBatch() {
+  NC_TRACE(u"this: 0x%p", this);
+  db_->BeginTransaction();
+}
+
+void ncCacheMgr::CommitBatch() {
+  NC_TRACE(u"this: 0x%p", this);
+  try {
+    db_->CommitTransaction();
+  } catch (const base::Exception&) {
+    try {
+      db_->RollbackTransaction();
+    } catch (const base::Exception&) {
+      // The commit's own error is the one to report.
+    }
+    throw;
+  }
+}
+
+void ncCacheMgr::RollbackBatch() {
+  NC_TRACE(u"this: 0x%p", this);
+  db_->RollbackTransaction();
 }

@@ -4,9 +4,10 @@
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
 #include "docmgr/public/ncICacheMgr.h"
+#include "docmgr/public/ncIStoreBatch.h"
 #include "xpcom/nsCOMPtr.h"
 
-class ncCacheMgr : public ncICacheMgr {
+class ncCacheMgr : public ncICacheMgr, public ncIStoreBatch {
   NC_DECL_ISUPPORTS
  public:
   ncCacheMgr();
@@ -63,6 +64,11 @@ class ncCacheMgr : public ncICacheMgr {
   // The cache's database connection.
   ncDBMgr* GetDBMgr() const { return db_.get(); }
   bool IsViewMode() const { return viewMode_; }
+
+  // ncIStoreBatch: one transaction on this store's connection.
+  void BeginBatch() override;
+  void CommitBatch() override;
+  void RollbackBatch() override;
 
  protected:
   virtual ~ncCacheMgr();

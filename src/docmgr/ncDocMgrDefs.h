@@ -64,10 +64,23 @@ inline bool ncIsValidPath(const String& path) {
     return NS_TableDrivenQI(this, table, iid, result);                                      \
   }
 
+// The same for a class with a second interface; nsISupports is answered by the first.
+#define NC_IMPL_QUERY_INTERFACE2(Class, Interface1, Interface2)                                \
+  NS_IMETHODIMP Class::QueryInterface(const nsIID& iid, void** result) {                     \
+    static const QITableEntry table[] = {{&NS_GET_IID(Interface1), NS_INTERFACE_OFFSET(Class, Interface1)}, \
+                                         {&NS_GET_IID(Interface2), NS_INTERFACE_OFFSET(Class, Interface2)}, \
+                                         {&NS_GET_IID(nsISupports), NS_INTERFACE_OFFSET(Class, Interface1)}, \
+                                         {nullptr, 0}};                                      \
+    return NS_TableDrivenQI(this, table, iid, result);                                      \
+  }
+
 // AddRef/Release with atomic counts; at zero the count is set to 1 (so the destructor may
 // take and drop references) and the object is destroyed by the given statement.
 #define NC_IMPL_ISUPPORTS1_DESTROYING(Class, Interface, destroy)   \
   NC_IMPL_QUERY_INTERFACE1(Class, Interface)                        \
+  NC_IMPL_ADDREF_RELEASE(Class, destroy)
+
+#define NC_IMPL_ADDREF_RELEASE(Class, destroy)                      \
   NS_IMETHODIMP_(nsrefcnt) Class::AddRef() { return mRefCnt.increment(); } \
   NS_IMETHODIMP_(nsrefcnt) Class::Release() {                       \
     const nsrefcnt count = mRefCnt.decrement();                     \
@@ -80,6 +93,10 @@ inline bool ncIsValidPath(const String& path) {
 // Internal objects go back to the module allocator.
 #define NC_IMPL_POOLED_ISUPPORTS1(Class, Interface) \
   NC_IMPL_ISUPPORTS1_DESTROYING(Class, Interface, (this->~Class(), ncModuleAllocator::deallocate(this)))
+
+#define NC_IMPL_POOLED_ISUPPORTS2(Class, Interface1, Interface2) \
+  NC_IMPL_QUERY_INTERFACE2(Class, Interface1, Interface2)         \
+  NC_IMPL_ADDREF_RELEASE(Class, (this->~Class(), ncModuleAllocator::deallocate(this)))
 
 // The creatable components live on the ordinary heap.
 #define NC_IMPL_HEAP_ISUPPORTS1(Class, Interface) NC_IMPL_ISUPPORTS1_DESTROYING(Class, Interface, delete this)

@@ -34,7 +34,7 @@ bool ReadsNewLogType(const String& sql) {
 
 }  // namespace
 
-NC_IMPL_POOLED_ISUPPORTS1(ncLogMgr, ncILogMgr)
+NC_IMPL_POOLED_ISUPPORTS2(ncLogMgr, ncILogMgr, ncIStoreBatch)
 
 ncLogMgr::ncLogMgr() : dbMgr_(NC_NEW(ncDBMgr)) { NC_TRACE(u"this: 0x%p", this); }
 
@@ -196,4 +196,28 @@ void ncLogMgr::GetSyncLogById(int logType, std::vector<ncSyncLogInfo>& out, cons
                              kLogTable, logType),
                 out);
   }
+}
+
+void ncLogMgr::BeginBatch() {
+  NC_TRACE(u"this: 0x%p", this);
+  dbMgr_->BeginTransaction();
+}
+
+void ncLogMgr::CommitBatch() {
+  NC_TRACE(u"this: 0x%p", this);
+  try {
+    dbMgr_->CommitTransaction();
+  } catch (const base::Exception&) {
+    try {
+      dbMgr_->RollbackTransaction();
+    } catch (const base::Exception&) {
+      // The commit's own error is the one to report.
+    }
+    throw;
+  }
+}
+
+void ncLogMgr::RollbackBatch() {
+  NC_TRACE(u"this: 0x%p", this);
+  dbMgr_->RollbackTransaction();
 }

@@ -6,9 +6,10 @@
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
 #include "docmgr/public/ncILogMgr.h"
+#include "docmgr/public/ncIStoreBatch.h"
 #include "xpcom/nsCOMPtr.h"
 
-class ncLogMgr : public ncILogMgr {
+class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
   NC_DECL_ISUPPORTS
  public:
   ncLogMgr();
@@ -28,6 +29,11 @@ class ncLogMgr : public ncILogMgr {
   void HideAllSyncLog(int logType) override;
   void HideSyncLog(const int64_t& id) override;
   void GetSyncLogById(int logType, std::vector<ncSyncLogInfo>& out, const int64_t& id, uint32_t& total) override;
+
+  // ncIStoreBatch: one transaction on this store's connection.
+  void BeginBatch() override;
+  void CommitBatch() override;
+  void RollbackBatch() override;
 
  protected:
   virtual ~ncLogMgr();
