@@ -43,19 +43,10 @@ String Path::getExtensionName(const String& path) {
   return dot == String::npos ? String() : name.substr(dot);
 }
 
+// Lone surrogates pass: NTFS allows them in names, and on POSIX they stand for the bytes of
+// a name that are not UTF-8; refusing them would leave such files unsynchronisable.
 bool Path::isValidPath(const String& path) {
-  if (path.empty()) return false;
-  for (size_t i = 0; i < path.size(); ++i) {
-    const char16_t unit = path[i];
-    if (unit == 0) return false;
-    if (unit >= 0xD800 && unit <= 0xDBFF) {
-      if (i + 1 >= path.size() || path[i + 1] < 0xDC00 || path[i + 1] > 0xDFFF) return false;
-      ++i;
-    } else if (unit >= 0xDC00 && unit <= 0xDFFF) {
-      return false;
-    }
-  }
-  return true;
+  return !path.empty() && path.find(u'\0') == String::npos;
 }
 
 }  // namespace base

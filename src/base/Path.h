@@ -16,7 +16,7 @@ class Path {
   static String getFileName(const String& path);
   // The extension of the file name with its dot, "" when the name has no dot.
   static String getExtensionName(const String& path);
-  // Non-empty, no NUL unit, well-formed UTF-16.
+  // Non-empty and no NUL unit; lone surrogates are allowed.
   static bool isValidPath(const String& path);
   static bool isSeparator(char16_t unit) { return unit == u'/' || unit == u'\\'; }
 };

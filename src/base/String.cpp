@@ -35,6 +35,10 @@ void AppendUtf16(String& out, uint32_t cp) {
   }
 }
 
+bool IsHighSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+bool IsLowSurrogate(uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+bool IsSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDFFF; }
+
 // Length of the UTF-8 sequence led by byte b, 0 when b cannot lead one.
 int SequenceLength(unsigned char b) {
   if (b < 0x80) return 1;
@@ -44,63 +48,133 @@ int SequenceLength(unsigned char b) {
   return 0;
 }
 
-}  // namespace
+// Decodes the generalised UTF-8 sequence at bytes[i]: shortest forms only, surrogate code
+// points allowed in their 3-byte form. Returns its length, or 0 when the bytes there start
+// no such sequence.
+int DecodeSequence(const unsigned char* bytes, size_t size, size_t i, uint32_t& cp) {
+  const int length = SequenceLength(bytes[i]);
+  if (length == 0 || i + static_cast<size_t>(length) > size) return 0;
+  cp = length == 1 ? bytes[i] : bytes[i] & (0x7F >> length);
+  for (int k = 1; k < length; ++k) {
+    if ((bytes[i + k] & 0xC0) != 0x80) return 0;
+    cp = (cp << 6) | (bytes[i + k] & 0x3F);
+  }
+  if ((length == 3 && cp < 0x800) || (length == 4 && (cp < 0x10000 || cp > 0x10FFFF))) return 0;
+  return length;
+}
 
-std::string ToUtf8(const String& text) {
+// Lone surrogates U+DC80..U+DCFF stand for the bytes 0x80..0xFF of a native name that
+// are not UTF-8.
+const uint32_t kEscapeBase = 0xDC00;
+bool IsByteEscape(uint32_t unit) { return unit >= 0xDC80 && unit <= 0xDCFF; }
+
+// Appends the units from text[i] on; returns how many it took (2 for a pair).
+template <typename LoneSurrogate>
+size_t AppendUnitAsUtf8(std::string& out, const String& text, size_t i, LoneSurrogate lone) {
+  const uint32_t unit = text[i];
+  if (IsHighSurrogate(unit) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
+    AppendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (text[i + 1] - 0xDC00));
+    return 2;
+  }
+  if (IsSurrogate(unit)) {
+    lone(out, unit);
+  } else {
+    AppendUtf8(out, unit);
+  }
+  return 1;
+}
+
+template <typename LoneSurrogate>
+std::string EncodeUnits(const String& text, LoneSurrogate lone) {
   // Most texts (SQL, paths) are plain ASCII: copy that leading part in one go.
   size_t ascii = 0;
   while (ascii < text.size() && text[ascii] < 0x80) ++ascii;
   std::string out(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(ascii));
   if (ascii == text.size()) return out;
   out.reserve(text.size() + text.size() / 2);
-  for (size_t i = ascii; i < text.size(); ++i) {
-    uint32_t unit = text[i];
-    if (unit < 0x80) {
-      out += static_cast<char>(unit);
-    } else if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-               text[i + 1] <= 0xDFFF) {
-      AppendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (text[i + 1] - 0xDC00));
-      ++i;
-    } else if (unit >= 0xD800 && unit <= 0xDFFF) {
-      AppendUtf8(out, 0xFFFD);
-    } else {
-      AppendUtf8(out, unit);
-    }
-  }
+  for (size_t i = ascii; i < text.size();) i += AppendUnitAsUtf8(out, text, i, lone);
   return out;
+}
+
+void AppendEscapes(String& out, const unsigned char* bytes, size_t count) {
+  for (size_t k = 0; k < count; ++k) out += static_cast<char16_t>(kEscapeBase + bytes[k]);
+}
+
+// Appends the lone high surrogates of a run of 3-byte forms (bytes[0..count)), or the
+// escapes of those bytes when the units would pair with what follows and so not be written
+// back as the same bytes.
+void AppendHighSurrogateRun(String& out, const unsigned char* bytes, size_t count, bool followedByLow) {
+  if (followedByLow) {
+    AppendEscapes(out, bytes, count);
+    return;
+  }
+  for (size_t k = 0; k < count; k += 3) {
+    uint32_t cp = 0;
+    DecodeSequence(bytes, count, k, cp);
+    out += static_cast<char16_t>(cp);
+  }
+}
+
+}  // namespace
+
+std::string ToUtf8(const String& text) {
+  return EncodeUnits(text, [](std::string& out, uint32_t unit) { AppendUtf8(out, unit); });
 }
 
 String FromUtf8(const std::string& text) {
   String out;
   out.reserve(text.size());
   const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
-  const size_t size = text.size();
-  for (size_t i = 0; i < size;) {
-    const unsigned char lead = bytes[i];
-    if (lead < 0x80) {
-      out += static_cast<char16_t>(lead);
-      ++i;
-      continue;
-    }
-    const int length = SequenceLength(lead);
-    bool valid = length > 0 && i + length <= size;
-    uint32_t cp = valid ? (lead & (0x7F >> length)) : 0;
-    for (int k = 1; valid && k < length; ++k) {
-      if ((bytes[i + k] & 0xC0) != 0x80) valid = false;
-      cp = (cp << 6) | (bytes[i + k] & 0x3F);
-    }
-    if (valid && ((length == 3 && (cp < 0x800 || (cp >= 0xD800 && cp <= 0xDFFF))) ||
-                  (length == 4 && (cp < 0x10000 || cp > 0x10FFFF)))) {
-      valid = false;
-    }
-    if (!valid) {
+  for (size_t i = 0; i < text.size();) {
+    uint32_t cp = 0;
+    const int length = DecodeSequence(bytes, text.size(), i, cp);
+    if (length == 0) {
       out += u'\xFFFD';
       ++i;
       continue;
     }
     AppendUtf16(out, cp);
-    i += length;
+    i += static_cast<size_t>(length);
   }
+  return out;
+}
+
+std::string ToNativeBytes(const String& text) {
+  return EncodeUnits(text, [](std::string& out, uint32_t unit) {
+    if (IsByteEscape(unit)) {
+      out += static_cast<char>(unit - kEscapeBase);
+    } else {
+      AppendUtf8(out, unit);
+    }
+  });
+}
+
+String FromNativeBytes(const std::string& bytes) {
+  String out;
+  out.reserve(bytes.size());
+  const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+  const size_t size = bytes.size();
+  size_t highRun = 0;  // bytes of the 3-byte high surrogates just before i
+  for (size_t i = 0; i < size;) {
+    uint32_t cp = 0;
+    const int length = DecodeSequence(data, size, i, cp);
+    if (length > 0 && IsHighSurrogate(cp)) {
+      highRun += 3;
+      i += 3;
+      continue;
+    }
+    // Whatever is appended next that is a low surrogate (an escape included) would pair.
+    const bool appendsLow = length == 0 || IsLowSurrogate(cp);
+    AppendHighSurrogateRun(out, data + i - highRun, highRun, appendsLow);
+    highRun = 0;
+    if (length == 0 || IsByteEscape(cp)) {
+      AppendEscapes(out, data + i, length == 0 ? 1 : static_cast<size_t>(length));
+    } else {
+      AppendUtf16(out, cp);
+    }
+    i += length == 0 ? 1 : static_cast<size_t>(length);
+  }
+  AppendHighSurrogateRun(out, data + size - highRun, highRun, false);
   return out;
 }
 

@@ -10,10 +10,25 @@ namespace base {
 
 using String = std::u16string;
 
-// UTF-8 <-> UTF-16. Invalid input units become U+FFFD.
+// UTF-16 <-> WTF-8 (UTF-8 that also writes a lone surrogate in its 3-byte form), so that
+// every String, valid Unicode or not, round-trips through the databases unchanged.
+// FromUtf8 reads valid pairs as usual and a 3-byte surrogate as that one unit. Bytes that
+// are not WTF-8 at all cannot have come from ToUtf8 (a foreign database, a system
+// message): each such byte reads as U+FFFD, so nothing fails and nothing crashes, but
+// those bytes are not recovered.
 std::string ToUtf8(const String& text);
 String FromUtf8(const std::string& text);
 String FromUtf8(const char* text);
+// Native file names (bytes on POSIX) <-> String, losslessly in both directions as far as
+// the bytes allow. UTF-8 reads as usual; each byte that is not part of valid UTF-8 reads as
+// the lone surrogate U+DC80..U+DCFF of its value and is written back as that byte (as
+// Python's surrogateescape does), so two names that differ only in such bytes stay two
+// names. Any other lone surrogate is written in its 3-byte form and read back as the same
+// unit, so a name that came from a system which allows them (NTFS) can be created and
+// listed. FromNativeBytes(ToNativeBytes(s)) == s for every String that FromNativeBytes can
+// produce; ToNativeBytes(FromNativeBytes(b)) == b for all bytes.
+std::string ToNativeBytes(const String& text);
+String FromNativeBytes(const std::string& bytes);
 // Appends the UTF-8 form of one code point.
 void AppendUtf8(std::string& out, uint32_t codePoint);
 // Bytes to units one for one (for ASCII texts such as SQLite messages).

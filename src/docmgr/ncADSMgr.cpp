@@ -99,15 +99,17 @@ void ncADSMgr::SetDocIdInfo(const String& path, const String& docId) {
   NC_CHECK_PATH(path);
   if (docId.empty() || !ncGNSUtil::HasGNSPrefix(docId)) NC_THROW(NC_ERR_INVALID_ARG, u"Gns (%s) is INVALID.", docId);
   ChangeStream(path, Change::Set,
-               [&](const String& target) { return ncADSUtil::SetADS(target, kDocIdStream, docId.c_str()); });
+               [&](const String& target) { return ncADSUtil::SetADS(target, kDocIdStream, docId); });
 }
 
 bool ncADSMgr::GetDocIdInfo(const String& path, String& docId) {
   NC_TRACE(u"path: %s", path);
   NC_CHECK_PATH(path);
   char16_t buffer[kDocIdBufferUnits] = {0};
-  if (!ncADSUtil::GetADS(platform::AddLongPathPrefix(path), kDocIdStream, buffer, kDocIdBufferUnits)) return false;
-  docId = buffer;
+  uint32_t units = 0;
+  if (!ncADSUtil::GetADS(platform::AddLongPathPrefix(path), kDocIdStream, buffer, kDocIdBufferUnits, units))
+    return false;
+  docId.assign(buffer, units);  // by length: an id with a NUL inside is read whole
   return true;
 }
 

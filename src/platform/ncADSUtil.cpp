@@ -18,9 +18,12 @@ int ncADSUtil::SetADS(const base::String& path, const base::String& streamName, 
 }
 
 int ncADSUtil::SetADS(const base::String& path, const base::String& streamName, const char16_t* value) {
-  const size_t units = value ? std::char_traits<char16_t>::length(value) : 0;
-  std::string bytes(units * 2, '\0');
-  for (size_t i = 0; i < units; ++i) {
+  return SetADS(path, streamName, value ? base::String(value) : base::String());
+}
+
+int ncADSUtil::SetADS(const base::String& path, const base::String& streamName, const base::String& value) {
+  std::string bytes(value.size() * 2, '\0');
+  for (size_t i = 0; i < value.size(); ++i) {
     bytes[2 * i] = static_cast<char>(value[i] & 0xFF);
     bytes[2 * i + 1] = static_cast<char>(value[i] >> 8);
   }
@@ -41,6 +44,12 @@ int ncADSUtil::GetADS(const base::String& path, const base::String& streamName, 
 }
 
 int ncADSUtil::GetADS(const base::String& path, const base::String& streamName, char16_t* buffer, uint32_t capacity) {
+  uint32_t units = 0;
+  return GetADS(path, streamName, buffer, capacity, units);
+}
+
+int ncADSUtil::GetADS(const base::String& path, const base::String& streamName, char16_t* buffer, uint32_t capacity,
+                      uint32_t& units) {
   if (!buffer || capacity == 0) {
     platform::SetLastError(platform::kErrorInvalidParameter);
     return 0;
@@ -51,8 +60,8 @@ int ncADSUtil::GetADS(const base::String& path, const base::String& streamName, 
     platform::SetLastError(platform::kErrorInvalidData);
     return 0;
   }
-  size_t units = bytes.size() / 2;
-  if (units > capacity - 1) units = capacity - 1;
+  const size_t stored = bytes.size() / 2;
+  units = static_cast<uint32_t>(stored < capacity - 1 ? stored : capacity - 1);
   for (size_t i = 0; i < units; ++i)
     buffer[i] = static_cast<char16_t>(static_cast<unsigned char>(bytes[2 * i]) |
                                       (static_cast<unsigned char>(bytes[2 * i + 1]) << 8));

@@ -54,7 +54,8 @@ String SystemErrorText(uint32_t code);
 // "\\?\" handling: the identity on POSIX when adding; removal strips the four units.
 String AddLongPathPrefix(const String& path);
 String RemoveLongPathPrefix(const String& path);
-// The native form of a path for system calls (long-path prefix removed).
+// The native form of a path for system calls (long-path prefix removed). On POSIX the bytes
+// of base::ToNativeBytes: lossless for names that are not valid UTF-8.
 std::string NativePath(const String& path);
 
 // True when the path is beyond what the native file system takes (POSIX: the UTF-8 path

@@ -132,7 +132,9 @@ String RemoveLongPathPrefix(const String& path) {
   return base::StartsWith(path, u"\\\\?\\") ? path.substr(4) : path;
 }
 
-std::string NativePath(const String& path) { return base::ToUtf8(RemoveLongPathPrefix(path)); }
+// Bytes of a name that are not UTF-8 live in a String as escape units (see ToNativeBytes),
+// so every name on disk has its own String and comes back to the same bytes.
+std::string NativePath(const String& path) { return base::ToNativeBytes(RemoveLongPathPrefix(path)); }
 
 bool ExceedsNativePathLimits(const String& path) {
   const std::string native = NativePath(path);
@@ -210,7 +212,7 @@ bool ListDirectory(const String& path, std::vector<String>& names) {
   if (!dir) return FailFromErrno();
   while (const struct dirent* entry = ::readdir(dir.get())) {
     if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0) continue;
-    names.push_back(base::FromUtf8(entry->d_name));
+    names.push_back(base::FromNativeBytes(entry->d_name));
   }
   return Succeed();
 }
@@ -479,7 +481,7 @@ String GetModuleDirectory(const void* addressInModule) {
   char resolved[PATH_MAX];
   const char* file = ::realpath(info.dli_fname, resolved) ? resolved : info.dli_fname;
   const char* slash = std::strrchr(file, '/');
-  return slash ? base::FromUtf8(std::string(file, slash)) : String(u".");
+  return slash ? base::FromNativeBytes(std::string(file, slash)) : String(u".");
 }
 
 namespace {
