@@ -60,8 +60,12 @@ TEST(JsonTest, NumbersFollowTheGrammarAndStringsDecodeEscapesAndKeepUtf8) {
   EXPECT_EQ(JSON::FloatType, Value::parse("9223372036854775808").type());  // beyond 64 bits
   EXPECT_DOUBLE_EQ(150.0, Value::parse("1.5E+2").as_float());
   EXPECT_EQ(0.1, Value::parse("0.1").as_float());
-  // Backspace and form feed count as blanks before a value.
+  // Backspace and form feed count as blanks before a number, and nowhere else.
   EXPECT_EQ(7, Value::parse("\b\f 7").as_integer());
+  EXPECT_EQ("[1,2]", Value::parse("[\b1,\f 2]").to_string());
+  for (const char* bad : {"[\f]", "[1\f]", "[1]\b", "{\f\"a\":1}", "{\"a\"\f:1}", "\f\"s\"", "\btrue", "[\f[]]"})
+    EXPECT_EQ(JSON::ParseError, ParseFailure(bad).getCode()) << bad;
+  EXPECT_EQ(u"Assert false : Parse error: pos=1. [JSON::ValueT<char>::read ()]", ParseFailure("[\f]").getMessage());
   EXPECT_EQ("0.1", Value(0.1).to_string());
   EXPECT_EQ("-42", Value(-42).to_string());
   for (const char* bad : {"01", "-", "1.", "1e", "1e+", "+1", ".5", "-a", "1.e5"})

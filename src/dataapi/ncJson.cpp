@@ -39,11 +39,17 @@ std::string MemberName(const char* member) {
 #define JSON_RAISE(Char, code, member, ...) \
   Raise(__FILE__, __LINE__, (code), ::base::Format(__VA_ARGS__), MemberName<Char>(member))
 
-// Blanks between tokens. Backspace and form feed are accepted as well as the JSON blanks:
-// older writers of the client put them there.
+// Blanks between tokens: the JSON grammar's four.
 template <typename Char>
 bool IsBlank(Char c) {
-  return c == 8 || c == 9 || c == 10 || c == 12 || c == 13 || c == 32;
+  return c == 9 || c == 10 || c == 13 || c == 32;
+}
+
+// Before a number backspace and form feed are skipped as well: older writers of the client
+// put them there.
+template <typename Char>
+bool IsNumberBlank(Char c) {
+  return IsBlank(c) || c == 8 || c == 12;
 }
 
 template <typename Char>
@@ -66,6 +72,15 @@ struct ValueT<Char>::Reader {
   Char peek() const { return text[pos]; }
   void skipBlanks() {
     while (pos < size && IsBlank(text[pos])) ++pos;
+  }
+  void skipNumberBlanks() {
+    while (pos < size && IsNumberBlank(text[pos])) ++pos;
+  }
+  // The unit after the blanks that may precede a number, without moving; 0 at the end.
+  Char peekPastNumberBlanks() const {
+    size_t at = pos;
+    while (at < size && IsNumberBlank(text[at])) ++at;
+    return at < size ? text[at] : Char(0);
   }
   [[noreturn]] void fail(const char* member) const {
     JSON_RAISE(Char, ParseError, member, u"Parse error: pos=%u.", static_cast<unsigned>(pos));
@@ -233,11 +248,12 @@ void ValueT<Char>::read_value(ValueT& value, Reader& reader) {
   reader.skipBlanks();
   if (reader.atEnd()) reader.fail("read");
   const Char c = reader.peek();
-  if (c == '"') {
+  const Char numberStart = reader.peekPastNumberBlanks();
+  if (numberStart == '-' || IsDigit(numberStart)) {
+    read_number(value, reader);
+  } else if (c == '"') {
     value.type_ = StringType;
     read_string(value.string_, reader);
-  } else if (c == '-' || IsDigit(c)) {
-    read_number(value, reader);
   } else if (c == 't' || c == 'f') {
     read_boolean(value, reader);
   } else if (c == 'n') {
@@ -254,7 +270,7 @@ void ValueT<Char>::read_value(ValueT& value, Reader& reader) {
 template <typename Char>
 void ValueT<Char>::read_number(ValueT& value, Reader& reader) {
   static const char* const kName = "read_number";
-  reader.skipBlanks();
+  reader.skipNumberBlanks();
   const size_t start = reader.pos;
   // States of the number grammar: -? (0 | [1-9][0-9]*) (. [0-9]+)? ([eE] [+-]? [0-9]+)?
   if (!reader.atEnd() && reader.peek() == '-') ++reader.pos;
