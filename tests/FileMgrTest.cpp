@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "FileTestSupport.h"
 #include "TestSupport.h"
 #include "docmgr/ncADSMgr.h"
@@ -340,6 +342,12 @@ TEST_F(FileMgrTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolderAndFolder
     EXPECT_NE(std::string::npos, text.find("X-Kestrove-IconIndex=" + std::to_string(f.icon) + "\n")) << f.docType;
     EXPECT_NE(std::string::npos, text.find("tray.rfa\n")) << text;
   }
+  // A type name from the server stays one value: line breaks cannot add keys or groups.
+  fileMgr->CustomizeFolder(w("top"), 4, u"A\nIcon=/evil.png\r\n[Other]\tx\\y\x01\x7F");
+  const std::string text = ReadFile(p("top/.directory"));
+  EXPECT_NE(std::string::npos, text.find("Comment=5-Organization Documents-A\\nIcon=/evil.png\\r\\n[Other]\\tx\\\\y\n"))
+      << text;
+  EXPECT_EQ(4, std::count(text.begin(), text.end(), '\n')) << text;
 
   // The unsynchronised folder refuses the duplicate: it waits at the temporary name.
   test::Immutable locked(base::ToUtf8(unsync) + "/sub");

@@ -36,6 +36,14 @@ TEST(FormatTest, DirectivesMissingArgumentsAndTheSecondPass) {
   EXPECT_EQ(u"size: 12" u"64", Format(u"size: %i64", int64_t(12)));  // "%i" then the text "64"
   EXPECT_EQ(16u + 2, Format(u"0x%p", reinterpret_cast<void*>(0x1234)).size());
 
+  // Huge widths and precisions are clamped, never overflow, and leave texts whole.
+  EXPECT_EQ(4096u, Format(u"%999999999999d", 1).size());
+  EXPECT_EQ(4096u + 1, Format(u"%.99999999999d", -1).size());
+  EXPECT_EQ(u"abc", Format(u"%.99999999999s", u"abc"));
+  EXPECT_EQ(u"ab", Format(u"%.2147483648s", u"ab"));
+  EXPECT_EQ(u"%99999999999999999999d", Format(u"%99999999999999999999d"));  // no argument: as it stands
+  EXPECT_EQ(u"9223372036854775807 0", Format(u"%d %d", 1e300, 0.0 / 0.0));
+
   // Missing arguments and a second pass leave the text alone.
   EXPECT_EQ(u"a %s b %d", Format(u"a %s b %d"));
   EXPECT_EQ(u"x=1 y=%d", Format(u"x=%d y=%d", 1));

@@ -1,5 +1,7 @@
 #include "base/String.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 
@@ -315,6 +317,20 @@ struct Directive {
 
 bool IsFlag(char16_t c) { return c == u'-' || c == u'0' || c == u'+' || c == u' ' || c == u'#'; }
 
+// Widths, and precisions that add units, stop here: no message needs more, and a directive
+// inside a value (a database error text formatted again) must not ask for gigabytes.
+const int kMaxFieldUnits = 4096;
+
+// Reads the decimal digits at format[pos], saturating at INT_MAX; returns the position after.
+size_t ParseCount(const String& format, size_t pos, int& value) {
+  value = 0;
+  for (; pos < format.size() && format[pos] >= u'0' && format[pos] <= u'9'; ++pos) {
+    const int digit = format[pos] - u'0';
+    value = value > (INT_MAX - digit) / 10 ? INT_MAX : value * 10 + digit;
+  }
+  return pos;
+}
+
 // Parses the directive that starts after '%' at format[pos]; returns the position after
 // it, or npos when the text there is not a directive we know.
 size_t ParseDirective(const String& format, size_t pos, Directive& d) {
@@ -328,13 +344,11 @@ size_t ParseDirective(const String& format, size_t pos, Directive& d) {
       default: d.alternate = true; break;
     }
   }
-  for (; pos < size && format[pos] >= u'0' && format[pos] <= u'9'; ++pos)
-    d.width = (d.width < 0 ? 0 : d.width * 10) + (format[pos] - u'0');
-  if (pos < size && format[pos] == u'.') {
-    d.precision = 0;
-    for (++pos; pos < size && format[pos] >= u'0' && format[pos] <= u'9'; ++pos)
-      d.precision = d.precision * 10 + (format[pos] - u'0');
+  if (pos < size && format[pos] >= u'0' && format[pos] <= u'9') {
+    pos = ParseCount(format, pos, d.width);
+    d.width = std::min(d.width, kMaxFieldUnits);
   }
+  if (pos < size && format[pos] == u'.') pos = ParseCount(format, pos + 1, d.precision);
   if (format.compare(pos, 3, u"I64") == 0) {
     pos += 3;
   } else {
@@ -382,6 +396,14 @@ String Digits(uint64_t value, unsigned base, bool upper) {
   return out;
 }
 
+// A double shown by an integer directive: truncated, saturated at the int64 range, NaN as 0.
+int64_t TruncateToInt64(double value) {
+  if (!(value == value)) return 0;
+  if (value >= 9223372036854775807.0) return INT64_MAX;
+  if (value <= -9223372036854775808.0) return INT64_MIN;
+  return static_cast<int64_t>(value);
+}
+
 String IntegerBody(const FormatArg& arg, const Directive& d) {
   const char c = d.conversion;
   String sign;
@@ -390,7 +412,7 @@ String IntegerBody(const FormatArg& arg, const Directive& d) {
     sign = u"-";
     magnitude = 0 - static_cast<uint64_t>(arg.i);
   } else {
-    magnitude = arg.kind == FormatArg::Floating ? static_cast<uint64_t>(static_cast<int64_t>(arg.d)) : arg.u;
+    magnitude = arg.kind == FormatArg::Floating ? static_cast<uint64_t>(TruncateToInt64(arg.d)) : arg.u;
     if ((c == 'u' || c == 'x' || c == 'X' || c == 'o') && arg.kind == FormatArg::Signed && arg.i < 0 &&
         arg.i >= INT32_MIN) {
       magnitude = static_cast<uint32_t>(arg.i);  // as printf shows a negative int with %u/%x
@@ -404,7 +426,8 @@ String IntegerBody(const FormatArg& arg, const Directive& d) {
   String digits = Digits(magnitude, base, c == 'X');
   if (d.precision >= 0) {
     if (d.precision == 0 && magnitude == 0) digits.clear();
-    if (static_cast<int>(digits.size()) < d.precision) digits.insert(0, d.precision - digits.size(), u'0');
+    const size_t precision = static_cast<size_t>(std::min(d.precision, kMaxFieldUnits));
+    if (digits.size() < precision) digits.insert(0, precision - digits.size(), u'0');
   }
   if (d.alternate && magnitude != 0 && base == 16) digits.insert(0, c == 'X' ? u"0X" : u"0x");
   return sign + digits;

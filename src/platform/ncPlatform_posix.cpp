@@ -423,6 +423,30 @@ bool HasStream(const String& path, const String& streamName) {
   return Succeed();
 }
 
+namespace {
+
+// A value of a desktop entry on one line: line breaks, tabs and backslashes are written as
+// the format's escapes, other control characters are left out, so that no value can add a
+// key or a group of its own.
+std::string DesktopEntryValue(const std::string& value) {
+  std::string out;
+  out.reserve(value.size());
+  for (const char c : value) {
+    switch (c) {
+      case '\n': out += "\\n"; break;
+      case '\t': out += "\\t"; break;
+      case '\r': out += "\\r"; break;
+      case '\\': out += "\\\\"; break;
+      default:
+        if (static_cast<unsigned char>(c) >= 0x20 && c != 0x7F) out += c;
+        break;
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
 // The freedesktop counterpart of desktop.ini: ".directory" with the icon and the comment.
 bool CustomizeFolder(const String& path, const String* text, const String& iconFile, int iconIndex) {
   const std::string folder = NativePath(path);
@@ -430,9 +454,9 @@ bool CustomizeFolder(const String& path, const String* text, const String& iconF
   if (::stat(folder.c_str(), &info) != 0) return FailFromErrno();
   if (!S_ISDIR(info.st_mode)) return Fail(kErrorPathNotFound);
   std::string content = "[Desktop Entry]\n";
-  if (!iconFile.empty()) content += "Icon=" + base::ToUtf8(iconFile) + "\n";
+  if (!iconFile.empty()) content += "Icon=" + DesktopEntryValue(NativePath(iconFile)) + "\n";
   content += "X-Kestrove-IconIndex=" + std::to_string(iconIndex) + "\n";
-  if (text) content += "Comment=" + base::ToUtf8(*text) + "\n";
+  if (text) content += "Comment=" + DesktopEntryValue(base::ToUtf8(*text)) + "\n";
   const std::string file = folder + "/.directory";
   const std::string temporary = file + ".kestrove.temp";
   {
