@@ -2,14 +2,17 @@
 #   make demo   install what is missing, build, run the tool's demo on a sample sync root
 #   make test   install what is missing, build, run every test
 #   make bench  build and run the benchmarks (Release)
+#   make fuzz   build the libFuzzer targets (clang) and run each for SECONDS (default 60)
 
 PACKAGES := build-essential cmake pkg-config libsqlite3-dev libnspr4-dev googletest \
-            libgtest-dev libgmock-dev libbenchmark-dev gettext
+            libgtest-dev libgmock-dev libbenchmark-dev gettext clang libclang-rt-14-dev
 BUILD    ?= build
 JOBS     ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_FLAGS ?=
+SECONDS  ?= 60
+FUZZ_TARGETS := fuzz_json fuzz_blocklist fuzz_pathrules fuzz_format
 
-.PHONY: all deps configure build test demo bench sanitize-test clean
+.PHONY: all deps configure build test demo bench sanitize-test fuzz clean
 
 all: build
 
@@ -50,5 +53,18 @@ bench: deps
 sanitize-test:
 	$(MAKE) test BUILD=build-asan CMAKE_FLAGS="-DDOCMGR_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug $(CMAKE_FLAGS)"
 
+# Each target starts from its seeds in fuzz/corpus/<target>/ and keeps what it finds in
+# build-fuzz/corpus/<target>/; a crash leaves its input in build-fuzz/artifacts/.
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B build-fuzz -DDOCMGR_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_FLAGS)
+	cmake --build build-fuzz -j $(JOBS) --target fuzz_targets
+	@mkdir -p build-fuzz/artifacts
+	@for t in $(FUZZ_TARGETS); do \
+	  mkdir -p build-fuzz/corpus/$$t; \
+	  echo "== $$t for $(SECONDS) s"; \
+	  build-fuzz/bin/$$t -max_total_time=$(SECONDS) -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+	    -artifact_prefix=build-fuzz/artifacts/$$t- build-fuzz/corpus/$$t fuzz/corpus/$$t || exit 1; \
+	done
+
 clean:
-	rm -rf build build-asan build-bench
+	rm -rf build build-asan build-bench build-fuzz
