@@ -6,6 +6,7 @@
 #include <string>
 
 #include "FuzzInput.h"
+#include "base/Path.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncPathMgr.h"
@@ -38,11 +39,14 @@ void Classify(const String& path, const String& other, const String& docId) {
   rules.IsSystemHiddenPath(path);
   rules.IsSiblingPath(path, other);
   FUZZ_CHECK(rules.IsTooLongPath(path) || path.size() < 32743);
-  FUZZ_CHECK(rules.IsCopyPath(rules.GetCopyPath(path)));
-  FUZZ_CHECK(rules.IsConflictPath(rules.GetConflictPath(path)));
-  FUZZ_CHECK(rules.IsTransferUnsyncPath(rules.GetTransferUnsyncPath(path)));
-  fuzz::ExpectOnlyCodes([&] { FUZZ_CHECK(rules.IsBackupPath(rules.GetBackupPathContainDocId(path, docId))); },
-                        {kInvalidArgument});
+  // Working names are derived from the item's name; a path without one ("/") has none.
+  const bool named = !base::Path::getFileName(path).empty() && path.back() != u'/' && path.back() != u'\\';
+  FUZZ_CHECK(!named || rules.IsCopyPath(rules.GetCopyPath(path)));
+  FUZZ_CHECK(!named || rules.IsConflictPath(rules.GetConflictPath(path)));
+  FUZZ_CHECK(!named || rules.IsTransferUnsyncPath(rules.GetTransferUnsyncPath(path)));
+  fuzz::ExpectOnlyCodes(
+      [&] { FUZZ_CHECK(!named || rules.IsBackupPath(rules.GetBackupPathContainDocId(path, docId))); },
+      {kInvalidArgument});
   fuzz::ExpectOnlyCodes([&] { rules.GetContainDocIdTempPathName(path, docId); }, {kInvalidArgument});
 }
 
