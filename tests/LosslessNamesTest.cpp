@@ -15,7 +15,9 @@
 #include "base/Path.h"
 #include "docmgr/ncADSMgr.h"
 #include "docmgr/ncCacheMgr.h"
+#include "docmgr/ncFileMgr.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncPathMgr.h"
 #include "platform/ncPlatform.h"
 #include "xpcom/nsCOMPtr.h"
 
@@ -121,6 +123,27 @@ TEST_F(LosslessNamesTest, NamesThatDifferOnlyInInvalidUnitsKeepTheirOwnRowsAndTa
   std::string raw;
   ASSERT_TRUE(test::GetXattr(dir_.path() + "/a\xFF.txt", "user.kestrove.docId", raw));
   EXPECT_EQ(std::string("g\0n\0s\0:\0/\0/\0R\0/\0" "1\0", 18), raw);
+}
+
+TEST_F(LosslessNamesTest, FileOperationsReachTheItemWithThoseExactBytes) {
+  nsCOMPtr<ncPathMgr> pathMgr(NC_NEW(ncPathMgr));
+  pathMgr->Init(dir_.wpath(), false);
+  nsCOMPtr<ncFileMgr> files(NC_NEW(ncFileMgr, pathMgr.get()));
+  test::MakeDir(dir_.path() + "/sub\xFF");
+  CreateRaw("sub\xFF/a\xFF.txt");
+  CreateRaw("sub\xFF/a\xFE.txt");
+  const String folder = Absolute(u"sub\xDCFF");
+  tags_->SetDocIdInfo(folder + u"/a\xDCFF.txt", u"gns://R/ff");
+
+  files->InternalRename(folder + u"/a\xDCFF.txt", folder + u"/b" + kLoneHigh + u".txt", u"gns://R/ff");
+  EXPECT_TRUE(test::Exists(dir_.path() + "/sub\xFF/b\xED\xA0\x80.txt"));
+  EXPECT_TRUE(test::Exists(dir_.path() + "/sub\xFF/a\xFE.txt"));  // its neighbour is another file
+  String id;
+  EXPECT_TRUE(tags_->GetDocIdInfo(folder + u"/b" + kLoneHigh + u".txt", id));
+  EXPECT_EQ(u"gns://R/ff", id);
+
+  files->Delete(folder);
+  EXPECT_FALSE(test::Exists(dir_.path() + "/sub\xFF"));
 }
 
 TEST_F(LosslessNamesTest, ADocumentIdWithANulInsideIsStoredAndReadWhole) {
