@@ -128,6 +128,10 @@ String FromUtf8(const std::string& text) {
   out.reserve(text.size());
   const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
   for (size_t i = 0; i < text.size();) {
+    if (bytes[i] < 0x80) {  // most of what SQLite hands back
+      out += static_cast<char16_t>(bytes[i++]);
+      continue;
+    }
     uint32_t cp = 0;
     const int length = DecodeSequence(bytes, text.size(), i, cp);
     if (length == 0) {
@@ -165,7 +169,7 @@ String FromNativeBytes(const std::string& bytes) {
       i += 3;
       continue;
     }
-    // Whatever is appended next that is a low surrogate (an escape included) would pair.
+    // A low surrogate next (an escape included) would pair with the run's last high one.
     const bool appendsLow = length == 0 || IsLowSurrogate(cp);
     AppendHighSurrogateRun(out, data + i - highRun, highRun, appendsLow);
     highRun = 0;

@@ -12,7 +12,8 @@ using String = std::u16string;
 
 // UTF-16 <-> WTF-8 (UTF-8 that also writes a lone surrogate in its 3-byte form), so that
 // every String, valid Unicode or not, round-trips through the databases unchanged.
-// FromUtf8 reads valid pairs as usual and a 3-byte surrogate as that one unit. Bytes that
+// FromUtf8 reads valid pairs as usual and a 3-byte surrogate as that one unit (a pair
+// written as two 3-byte forms by another program reads as that pair). Bytes that
 // are not WTF-8 at all cannot have come from ToUtf8 (a foreign database, a system
 // message): each such byte reads as U+FFFD, so nothing fails and nothing crashes, but
 // those bytes are not recovered.
