@@ -69,7 +69,7 @@ void DeriveCacheValues(ncDBMgr* db) {
                                u"(acronym = '' and name <> '') or parentId is null");
   for (const auto& row : rows) {
     const String parentId = ncCacheMgr::ParentIdOf(row[1], static_cast<int32_t>(base::ToInt64(row[2])));
-    db->ExecuteSql(Format(u"update tb_cacheInfo set acronym = '%s', parentId = coalesce(parentId, '%s') "
+    db->ExecuteSql(Format(u"update tb_cacheInfo set acronym = coalesce(nullif(acronym, ''), '%s'), parentId = coalesce(parentId, '%s') "
                           u"where rowid = %s",
                           ncDocUtils::QuoteSql(ncCacheMgr::AcronymOf(row[3])), ncDocUtils::QuoteSql(parentId),
                           row[0]));

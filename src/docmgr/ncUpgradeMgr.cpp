@@ -118,6 +118,9 @@ void ncUpgradeMgr::SetViews(const std::vector<ncUpgradeView>& views) {
 
 void ncUpgradeMgr::DoUpgrade() {
   NC_TRACE(u"this: 0x%p", this);
+  join();
+  // A client polling right after a failed run must not read that run's outcome as this one's.
+  SetOutcome(1, String());
   start();
 }
 
