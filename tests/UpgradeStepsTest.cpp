@@ -6,8 +6,13 @@
 
 #include <chrono>
 #include <map>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <cstdio>
 #include <thread>
 
+#include "FileTestSupport.h"
 #include "TestSupport.h"
 #include "docmgr/ncCacheMgr.h"
 #include "docmgr/ncConfigDBInfo.h"
@@ -346,6 +351,106 @@ TEST(UpgradeStepsTest, AStepThatFailsLeavesTheEarlierVersionsAndTheNextRunFinish
   ncConfigDBInfo reopened;
   reopened.Init(dir.child("main"), false);
   EXPECT_EQ(24, reopened.GetVersionNum());
+}
+
+}  // namespace
+
+namespace {
+
+// A root in layout 1: top folders with files, tags on the files, and cache rows for all.
+class LayoutRoot {
+ public:
+  LayoutRoot() {
+    for (const char* root : {"main", "logs"}) {
+      ncConfigDBInfo config;
+      config.Init(dir_.child(root), false);
+      config.UpdateVersionNum(24);
+      config.UpdateViewVer(1);
+      config.Close();
+    }
+    nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
+    cache->Init(dir_.child("main/.kestrove.cache/cache.db"), false);
+    for (const auto& top : std::vector<std::pair<std::string, std::string>>{{"A", "Work"}, {"B", ""}, {"C", "Work"}}) {
+      test::MakeDir(dir_.path() + "/main/" + top.first);
+      test::WriteFile(dir_.path() + "/main/" + top.first + "/f.txt", top.first);
+      ncCacheInfo info;
+      info.id = base::FromUtf8("gns://ROOT/" + top.first);
+      info.isDir = 1;
+      info.viewName = base::FromUtf8(top.second);
+      info.viewType = top.second.empty() ? 0 : 3;
+      cache->Update(base::FromUtf8(top.first), info);
+      info.id += u"/F";
+      info.isDir = 0;
+      cache->Update(base::FromUtf8(top.first + "\\f.txt"), info);
+      tagged_ = test::SupportsUserXattrs(dir_.path()) &&
+                setxattr((dir_.path() + "/main/" + top.first + "/f.txt").c_str(), "user.kestrove.docId",
+                         top.first.data(), top.first.size(), 0) == 0;
+    }
+    cache->Close();
+  }
+
+  // Runs the upgrade manager to the layout; B's view comes from the client.
+  ncUpgradeSummary ConvertTo(int layout) {
+    nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
+    upgrade->Init(dir_.child("main"), dir_.child("logs"), {}, layout);
+    ncUpgradeView shared;
+    shared.name = u"Shared";
+    shared.topFolders = {u"B"};
+    upgrade->SetViews({shared});
+    const ncUpgradeSummary summary = RunToEnd(upgrade.get());
+    upgrade->Close();
+    return summary;
+  }
+
+  // Each file where the layout puts it, with its content and tag, and found by the cache.
+  void ExpectFilesAt(const std::map<std::string, std::string>& places, bool viewMode) {
+    nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
+    cache->Init(dir_.child("main/.kestrove.cache/cache.db"), viewMode);
+    for (const auto& place : places) {
+      SCOPED_TRACE(place.second);
+      EXPECT_EQ(place.first, test::ReadFile(dir_.path() + "/main/" + place.second + "/f.txt"));
+      std::string tag;
+      if (tagged_) {
+        EXPECT_TRUE(test::GetXattr(dir_.path() + "/main/" + place.second + "/f.txt", "user.kestrove.docId", tag));
+        EXPECT_EQ(place.first, tag);
+      }
+      std::string relPath = place.second;
+      std::replace(relPath.begin(), relPath.end(), '/', '\\');
+      ncCacheInfo info;
+      EXPECT_TRUE(cache->GetInfoByPath(base::FromUtf8(relPath + "\\f.txt"), info));
+      EXPECT_EQ(base::FromUtf8("gns://ROOT/" + place.first + "/F"), info.id);
+    }
+    cache->Close();
+  }
+
+  const test::TempDir& dir() const { return dir_; }
+
+ private:
+  test::TempDir dir_;
+  bool tagged_ = false;
+};
+
+TEST(UpgradeStepsTest, TopFoldersGoUnderTheirViewsAndBackWithTheirTagsAndTheCacheFollows) {
+  LayoutRoot root;
+  EXPECT_EQ(2, root.ConvertTo(2).state);
+  root.ExpectFilesAt({{"A", "Work/A"}, {"B", "Shared/B"}, {"C", "Work/C"}}, true);
+
+  EXPECT_EQ(2, root.ConvertTo(1).state);
+  root.ExpectFilesAt({{"A", "A"}, {"B", "B"}, {"C", "C"}}, false);
+  EXPECT_FALSE(test::Exists(root.dir().path() + "/main/Work"));
+  EXPECT_FALSE(test::Exists(root.dir().path() + "/main/Shared"));
+}
+
+TEST(UpgradeStepsTest, AnInterruptedViewStepCompletesAndAClashGetsANumberedName) {
+  LayoutRoot root;
+  // A earlier run moved A before it stopped; a stray folder holds C's name in its view.
+  test::MakeDir(root.dir().path() + "/main/Work");
+  ASSERT_EQ(0, std::rename((root.dir().path() + "/main/A").c_str(), (root.dir().path() + "/main/Work/A").c_str()));
+  test::MakeDir(root.dir().path() + "/main/Work/C");
+  const ncUpgradeSummary summary = root.ConvertTo(2);
+  EXPECT_EQ(2, summary.state);
+  EXPECT_EQ(summary.total, summary.done);
+  root.ExpectFilesAt({{"A", "Work/A"}, {"B", "Shared/B"}, {"C", "Work/C (2)"}}, true);
 }
 
 }  // namespace

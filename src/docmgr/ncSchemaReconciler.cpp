@@ -1,6 +1,8 @@
 #include "docmgr/ncSchemaReconciler.h"
 
 #include <algorithm>
+#include <map>
+#include <mutex>
 
 #include "base/File.h"
 #include "base/Path.h"
@@ -78,8 +80,8 @@ void DeriveCacheValues(ncDBMgr* db) {
 
 // The counters follow the entries whatever an earlier trigger did to them.
 void RecountLogTypes(ncDBMgr* db) {
-  db->ExecuteSql(u"update tb_logstat set logCount = (select count(*) from tb_synclog where tb_synclog.logType = "
-                 u"tb_logstat.logType)");
+  const String count = u"(select count(*) from tb_synclog where tb_synclog.logType = tb_logstat.logType)";
+  db->ExecuteSql(Format(u"update tb_logstat set logCount = %s where logCount is not %s", count, count));
 }
 
 // The value a column of a fresh row holds when the writer has nothing better: zero for
@@ -139,7 +141,19 @@ void ncSchemaReconciler::Reconcile() {
   for (const Store& store : kStores) ReconcileStore(store);
 }
 
-std::vector<ncSchemaReconciler::Table> ncSchemaReconciler::FreshTables(const Store& store, const String& scratchPath) {
+// The stores' set-up is the same for every root, so what it creates is read once.
+const std::vector<ncSchemaReconciler::Table>& ncSchemaReconciler::FreshTables(const Store& store,
+                                                                              const String& scratchPath) {
+  static std::mutex lock;
+  static std::map<String, std::vector<Table>> known;
+  std::lock_guard<std::mutex> guard(lock);
+  auto found = known.find(store.file);
+  if (found == known.end()) found = known.emplace(store.file, CreateFreshTables(store, scratchPath)).first;
+  return found->second;
+}
+
+std::vector<ncSchemaReconciler::Table> ncSchemaReconciler::CreateFreshTables(const Store& store,
+                                                                             const String& scratchPath) {
   RemoveDatabaseFiles(scratchPath);
   std::vector<Table> tables;
   try {

@@ -33,7 +33,8 @@ class ncSchemaReconciler {
  private:
   struct Store;
   void ReconcileStore(const Store& store);
-  static std::vector<Table> FreshTables(const Store& store, const String& scratchPath);
+  static const std::vector<Table>& FreshTables(const Store& store, const String& scratchPath);
+  static std::vector<Table> CreateFreshTables(const Store& store, const String& scratchPath);
   struct AddedColumn {
     String table;
     Column column;
