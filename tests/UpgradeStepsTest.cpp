@@ -454,3 +454,32 @@ TEST(UpgradeStepsTest, AnInterruptedViewStepCompletesAndAClashGetsANumberedName)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(UpgradeStepsTest, CliShowsTheVersionsItChangedAndRefusesWhatItCannotDo) {
+  test::TempDir dir;
+  const test::CliRun bare = test::Cli("upgrade " + dir.path());
+  EXPECT_EQ(1, bare.status);
+  EXPECT_NE(std::string::npos, bare.output.find("no local state")) << bare.output;
+  EXPECT_FALSE(test::Exists(dir.path() + "/.kestrove.cache"));
+
+  MakeOldRoot(dir, 12);
+  const std::string root = dir.path() + "/main";
+  for (const char* layout : {"7", "abc", "-3", ""}) EXPECT_EQ(2, test::Cli("upgrade " + root + " --view " + layout).status);
+  const test::CliRun run = test::Cli("upgrade " + root + " --view 2");
+  EXPECT_EQ(0, run.status) << run.output;
+  EXPECT_NE(std::string::npos, run.output.find("schema version  12 -> 24")) << run.output;
+  EXPECT_NE(std::string::npos, run.output.find("view layout     1 -> 2")) << run.output;
+  EXPECT_NE(std::string::npos, test::Cli("upgrade " + root).output.find("Nothing to change"));
+
+  sqlite3* db = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open((root + "/.kestrove.cache/config.db").c_str(), &db));
+  Exec(db, "update tb_version set versionId = 25");
+  sqlite3_close(db);
+  const test::CliRun tooNew = test::Cli("upgrade " + root);
+  EXPECT_EQ(1, tooNew.status);
+  EXPECT_NE(std::string::npos, tooNew.output.find("schema version 25; only versions 4 to 24")) << tooNew.output;
+}
+
+}  // namespace
