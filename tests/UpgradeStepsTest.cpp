@@ -66,7 +66,7 @@ std::vector<OldTable> OldTables(int version) {
                                                   "docType int, typeName text, size text, status int"},
               {"log.db", "tb_synclog", "id INTEGER PRIMARY KEY, logType int, taskType int, relPath text, newName "
                                        "text, size int, time int, remark text"},
-              {"log.db", "tb_logstat", "logType int PRIMARY KEY, logCount int"},
+              {"log.db", "tb_logstat", "logCount int, logType int PRIMARY KEY"},
               {"msg.db", "tb_msg", "id INTEGER PRIMARY KEY, msgId text, relPath text, sender text, recipient text, "
                                    "isDir int, msgType int, state int, perm int, content text"}};
     case 12:

@@ -239,6 +239,10 @@ void ncSchemaReconciler::RebuildInOrder(ncDBMgr* db, const Table& fresh) {
   db->ExecuteSql(Format(u"drop table if exists %s", rebuilt));
   db->ExecuteSql(createSql);
   db->ExecuteSql(Format(u"insert into %s (%s) select %s from %s", rebuilt, columns, columns, fresh.name));
+  // Triggers of other tables may name this one (the log's counters); while it is gone,
+  // current SQLite would refuse the rename for them, the legacy rename does not look.
+  db->ExecuteSql(u"PRAGMA legacy_alter_table=ON");
   db->ExecuteSql(Format(u"drop table %s", fresh.name));
   db->ExecuteSql(Format(u"alter table %s rename to %s", rebuilt, fresh.name));
+  db->ExecuteSql(u"PRAGMA legacy_alter_table=OFF");
 }
