@@ -2,6 +2,7 @@
 
 #include "base/Directory.h"
 #include "base/File.h"
+#include "base/SystemLog.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "platform/ncPlatform.h"
@@ -180,8 +181,11 @@ void ncUpgradeMgr::run() {
     }
     SetOutcome(2, String());
   } catch (const base::Exception& e) {
+    base::SystemLog::log(2, base::Format(u"ncUpgradeMgr::run %s:%d %s", e.getFile(), e.getLine(), e.getMessage()));
     SetOutcome(3, e.getMessage());
   } catch (...) {
+    base::SystemLog::log(2, base::Format(u"ncUpgradeMgr::run %s:%d Error: unknown.", base::FromUtf8(__FILE__),
+                                         __LINE__));
     SetOutcome(3, u"Error: unknown.");
   }
   NC_TRACE(u"this: 0x%p, -end", this);
