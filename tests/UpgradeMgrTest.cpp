@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "TestSupport.h"
+#include "UpgradeTestSupport.h"
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncUpgradeMgr.h"
@@ -55,24 +56,13 @@ void StampVersion(const String& root, int version, int viewVersion) {
   config.Close();
 }
 
-ncUpgradeSummary RunToEnd(ncIUpgradeMgr* upgrade) {
-  upgrade->DoUpgrade();
-  ncUpgradeSummary summary;
-  for (int wait = 0; wait < 500; ++wait) {
-    upgrade->GetSummary(summary);
-    if (summary.state >= 2) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return summary;
-}
-
 TEST(UpgradeMgrTest, FreshInstallationNeedsNothing) {
   test::TempDir dir;
   nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
   upgrade->Init(dir.child("main"), dir.child("logs"), {dir.child("local")}, 2);
   EXPECT_FALSE(upgrade->NeedUpgrade());
   EXPECT_FALSE(upgrade->NeedData());
-  EXPECT_EQ(2, RunToEnd(upgrade.get()).state);
+  EXPECT_EQ(2, test::RunUpgradeToEnd(upgrade.get()).state);
   upgrade->Close();
   ncConfigDBInfo primary, local;
   primary.Init(dir.child("main"), false);
@@ -109,7 +99,7 @@ TEST(UpgradeMgrTest, OlderRootsAreCountedAndJournalsMoveToTheSecondRoot) {
 
   // The moved journals are no databases: the first step of the second root fails on
   // them, and no version is recorded past it.
-  summary = RunToEnd(upgrade.get());
+  summary = test::RunUpgradeToEnd(upgrade.get());
   EXPECT_EQ(3, summary.state);
   EXPECT_FALSE(summary.message.empty());
   EXPECT_EQ(0.0, summary.done);
@@ -154,7 +144,7 @@ TEST(UpgradeMgrTest, OnlyLayoutsOneAndTwoConvertAndOnlyAConversionIsRecorded) {
     nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
     upgrade->Init(dir.child("main"), dir.child("logs"), {}, views.second);
     EXPECT_TRUE(upgrade->NeedUpgrade());
-    const ncUpgradeSummary summary = RunToEnd(upgrade.get());
+    const ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
     EXPECT_EQ(2, summary.state);
     upgrade->Close();
     ncConfigDBInfo primary;

@@ -14,6 +14,7 @@
 
 #include "FileTestSupport.h"
 #include "TestSupport.h"
+#include "UpgradeTestSupport.h"
 #include "docmgr/ncCacheMgr.h"
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocUtils.h"
@@ -224,17 +225,6 @@ std::map<std::string, test::Rows> OldValues(const test::TempDir& dir, int versio
   return values;
 }
 
-ncUpgradeSummary RunToEnd(ncIUpgradeMgr* upgrade) {
-  upgrade->DoUpgrade();
-  ncUpgradeSummary summary;
-  for (int wait = 0; wait < 3000; ++wait) {
-    upgrade->GetSummary(summary);
-    if (summary.state >= 2) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return summary;
-}
-
 ncUpgradeData TypeNames() {
   ncUpgradeData data;
   data.typeNames = {{1, u"Document"}, {2, u"Folder"}};
@@ -251,7 +241,7 @@ TEST(UpgradeStepsTest, OldRootsReachTheFreshSchemaWithEveryRowAndARerunChangesNo
     upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
     EXPECT_EQ(version < 7, upgrade->NeedData());
     upgrade->SetData(TypeNames());
-    const ncUpgradeSummary summary = RunToEnd(upgrade.get());
+    const ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
     EXPECT_EQ(2, summary.state) << base::ToUtf8(summary.message);
     EXPECT_EQ(2.0 * (24 - version), summary.total);
     EXPECT_EQ(summary.total, summary.done);
@@ -334,7 +324,7 @@ TEST(UpgradeStepsTest, AStepThatFailsLeavesTheEarlierVersionsAndTheNextRunFinish
   upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
   ASSERT_TRUE(upgrade->NeedData());
   // Without the type names the step from 6 cannot name the cache's documents.
-  ncUpgradeSummary summary = RunToEnd(upgrade.get());
+  ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
   EXPECT_EQ(3, summary.state);
   EXPECT_NE(String::npos, summary.message.find(u"names of the document types")) << base::ToUtf8(summary.message);
   EXPECT_EQ(20.0 + 2.0, summary.done);  // the journals' root, then steps 4 and 5 of the main root
@@ -344,7 +334,7 @@ TEST(UpgradeStepsTest, AStepThatFailsLeavesTheEarlierVersionsAndTheNextRunFinish
   main.Close();
 
   upgrade->SetData(TypeNames());
-  summary = RunToEnd(upgrade.get());
+  summary = test::RunUpgradeToEnd(upgrade.get());
   EXPECT_EQ(2, summary.state);
   EXPECT_EQ(summary.total, summary.done);
   upgrade->Close();
@@ -397,7 +387,7 @@ class LayoutRoot {
     shared.name = u"Shared";
     shared.topFolders = {u"B"};
     upgrade->SetViews({shared});
-    const ncUpgradeSummary summary = RunToEnd(upgrade.get());
+    const ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
     upgrade->Close();
     return summary;
   }

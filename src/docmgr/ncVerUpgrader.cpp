@@ -117,25 +117,34 @@ bool IsFolderCustomisation(const String& path) {
   return name == u".directory" || base::ToLower(name) == u"desktop.ini";
 }
 
-// Cache rows are keyed below the view folder, so they only follow a folder whose name
-// changed on the way (a clash gave it a numbered name).
-void FollowMove(ncCacheMgr* cache, ncFileMgr* files, const String& from, const String& to) {
-  String target = to;
-  files->Move(from, target);
-  const String oldName = Path::getFileName(from);
-  const String newName = Path::getFileName(target);
-  if (newName != oldName) cache->Rename(oldName, newName);
-}
-
-// The cache of the primary root, open without view mode for the time of a view step.
-class TopFolderCache {
+// What a view step works on: the primary root, its file manager, and its cache open
+// without view mode (rows are keyed below the view folder, the same in both layouts).
+class TopLevel {
  public:
-  explicit TopFolderCache(const String& path) : cache_(NC_NEW(ncCacheMgr)) { cache_->Init(path, false); }
-  ~TopFolderCache() { cache_->Close(); }
-  ncCacheMgr* get() const { return cache_.get(); }
+  explicit TopLevel(const ncUpgradeContext& context)
+      : paths(context.config->GetPathMgr()),
+        root(paths->GetRootPath()),
+        cache(NC_NEW(ncCacheMgr)),
+        files_(NC_NEW(ncFileMgr, paths)) {
+    cache->Init(DataFile(context, u"cache.db"), false);
+  }
+  ~TopLevel() { cache->Close(); }
+
+  // Cache rows only follow a folder whose name changed on the way: a clash numbered it.
+  void MoveFollowed(const String& from, const String& to) {
+    String target = to;
+    files_->Move(from, target);
+    const String oldName = Path::getFileName(from);
+    const String newName = Path::getFileName(target);
+    if (newName != oldName) cache->Rename(oldName, newName);
+  }
+
+  ncPathMgr* const paths;
+  const String root;
+  const nsCOMPtr<ncCacheMgr> cache;
 
  private:
-  nsCOMPtr<ncCacheMgr> cache_;
+  nsCOMPtr<ncFileMgr> files_;
 };
 
 }  // namespace
@@ -160,42 +169,37 @@ void ncV6Upgrader::UpgradeData() {
 
 void ncViewUpgrader_1to2::Upgrade() {
   NC_TRACE(u"this: 0x%p", this);
-  ncPathMgr* paths = context_.config->GetPathMgr();
-  const String root = paths->GetRootPath();
-  TopFolderCache cache(DataFile(context_, u"cache.db"));
-  nsCOMPtr<ncFileMgr> files(NC_NEW(ncFileMgr, paths));
-  for (const String& path : base::Directory::list(root)) {
-    if (!base::Directory::exists(path) || paths->IsInDBPath(path, true) || paths->IsInUnsyncDoc(path, true)) continue;
+  TopLevel top(context_);
+  for (const String& path : base::Directory::list(top.root)) {
+    if (!base::Directory::exists(path) || top.paths->IsInDBPath(path, true) || top.paths->IsInUnsyncDoc(path, true))
+      continue;
     const String folder = Path::getFileName(path);
     ncUpgradeView view;
     // A folder named as its own view is that view's folder, already in place.
-    if (!FindView(cache.get(), *context_.views, folder, view) || view.name == folder) continue;
-    RecordView(cache.get(), folder, view);
-    FollowMove(cache.get(), files.get(), path, Path::combine(Path::combine(root, view.name), folder));
+    if (!FindView(top.cache.get(), *context_.views, folder, view) || view.name == folder) continue;
+    RecordView(top.cache.get(), folder, view);
+    top.MoveFollowed(path, Path::combine(Path::combine(top.root, view.name), folder));
   }
   CountStepDone();
 }
 
 void ncViewUpgrader_2to1::Upgrade() {
   NC_TRACE(u"this: 0x%p", this);
-  ncPathMgr* paths = context_.config->GetPathMgr();
-  const String root = paths->GetRootPath();
-  TopFolderCache cache(DataFile(context_, u"cache.db"));
-  nsCOMPtr<ncFileMgr> files(NC_NEW(ncFileMgr, paths));
+  TopLevel top(context_);
   std::vector<String> viewNames;
-  cache.get()->GetViewNames(viewNames);
+  top.cache->GetViewNames(viewNames);
   for (const ncUpgradeView& view : *context_.views) viewNames.push_back(view.name);
   std::sort(viewNames.begin(), viewNames.end());
   viewNames.erase(std::unique(viewNames.begin(), viewNames.end()), viewNames.end());
 
   for (const String& viewName : viewNames) {
-    const String viewFolder = Path::combine(root, viewName);
+    const String viewFolder = Path::combine(top.root, viewName);
     if (viewName.empty() || !base::Directory::exists(viewFolder)) continue;
     // A folder already moved back whose name is that of another view is no view folder.
     ncUpgradeView owner;
-    if (FindView(cache.get(), {}, viewName, owner) && owner.name != viewName) continue;
+    if (FindView(top.cache.get(), {}, viewName, owner) && owner.name != viewName) continue;
     for (const String& child : base::Directory::list(viewFolder))
-      if (!IsFolderCustomisation(child)) FollowMove(cache.get(), files.get(), child, Path::combine(root, Path::getFileName(child)));
+      if (!IsFolderCustomisation(child)) top.MoveFollowed(child, Path::combine(top.root, Path::getFileName(child)));
     const std::vector<String> left = base::Directory::list(viewFolder);
     if (std::all_of(left.begin(), left.end(), IsFolderCustomisation)) base::Directory::removeTree(viewFolder);
   }
