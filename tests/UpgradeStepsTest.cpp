@@ -36,15 +36,22 @@ std::map<std::string, std::string> Lacking(int version) {
     case 4:
       return {{"tb_cacheInfo", "acronym typeName viewType viewName parentId+"},
               {"tb_upload_nonius", "crc32 sliceMd5 lastModified partSize ratios+"},
-              {"tb_download_nonius", "*"}, {"tb_synclog", "newName remark+"}, {"tb_logstat", "*"},
+              {"tb_download_nonius", "*"},
+              {"tb_synclog", "newName remark+"},
+              {"tb_logstat", "*"},
               {"tb_msg", "recipient accessorType csfLevel allowPermValue refusePermValue perm+"}};
     case 7:
-      return {{"tb_cacheInfo", "acronym parentId errcode+"}, {"tb_upload_nonius", "sliceMd5 partSize duration+"},
-              {"tb_download_nonius", "viewType viewName mtime attr range+"}, {"tb_synclog", "visible"},
-              {"tb_logstat", "=logCount int, logType int PRIMARY KEY"}, {"tb_msg", "accessorType csfLevel operationType+"}};
+      return {{"tb_cacheInfo", "acronym parentId errcode+"},
+              {"tb_upload_nonius", "sliceMd5 partSize duration+"},
+              {"tb_download_nonius", "viewType viewName mtime attr range+"},
+              {"tb_synclog", "visible"},
+              {"tb_logstat", "=logCount int, logType int PRIMARY KEY"},
+              {"tb_msg", "accessorType csfLevel operationType+"}};
     case 12:
-      return {{"tb_cacheInfo", "parentId execTask watermark"}, {"tb_upload_nonius", "duration csf"},
-              {"tb_download_nonius", "range"}, {"tb_msg", "remindcontent isInherit"}};
+      return {{"tb_cacheInfo", "parentId execTask watermark"},
+              {"tb_upload_nonius", "duration csf"},
+              {"tb_download_nonius", "range"},
+              {"tb_msg", "remindcontent isInherit"}};
     default:  // the tables of today, without their indexes, with the old delete trigger
       return {{"tb_upload_nonius", "csf"}, {"tb_msg", "isInherit"}};
   }
@@ -163,8 +170,9 @@ std::map<std::string, std::string> MakeOldRoot(const test::TempDir& dir, int ver
     }
     model->Close();
     if (version >= 7 && std::string(file) == "log.db")
-      Exec(db, "create trigger trg_deletelog after delete on tb_synclog begin update tb_logstat set logCount = "
-               "logCount - 1 where logType = new.logType; end");
+      Exec(db,
+           "create trigger trg_deletelog after delete on tb_synclog begin update tb_logstat set logCount = "
+           "logCount - 1 where logType = new.logType; end");
     sqlite3_close(db);
   }
   StampVersions(dir, version);
@@ -175,7 +183,8 @@ std::map<std::string, std::string> MakeOldRoot(const test::TempDir& dir, int ver
 std::vector<std::string> Schema(const std::string& path) {
   nsCOMPtr<ncDBMgr> db = OpenStore(path);
   std::vector<std::string> schema;
-  for (const auto& object : test::Query(db.get(), "select type, name, coalesce(sql, '') from sqlite_master order by 1, 2")) {
+  for (const auto& object :
+       test::Query(db.get(), "select type, name, coalesce(sql, '') from sqlite_master order by 1, 2")) {
     std::string entry = object[0] + " " + object[1] + ":" + (object[0] == "trigger" ? object[2] : "");
     const std::string pragma = object[0] == "table" ? "table_info" : "index_info";
     if (object[0] != "trigger")
@@ -340,7 +349,8 @@ class LayoutRoot {
       SCOPED_TRACE(place.second);
       EXPECT_EQ(place.first, test::ReadFile(dir_.path() + "/main/" + place.second + "/f.txt"));
       std::string tag;
-      EXPECT_TRUE(!tagged_ || test::GetXattr(dir_.path() + "/main/" + place.second + "/f.txt", "user.kestrove.docId", tag));
+      EXPECT_TRUE(!tagged_ ||
+                  test::GetXattr(dir_.path() + "/main/" + place.second + "/f.txt", "user.kestrove.docId", tag));
       EXPECT_EQ(tagged_ ? place.first : "", tag);
       std::string relPath = place.second;
       std::replace(relPath.begin(), relPath.end(), '/', '\\');
@@ -390,7 +400,8 @@ TEST(UpgradeStepsTest, CliShowsTheVersionsItChangedAndRefusesWhatItCannotDo) {
 
   MakeOldRoot(dir, 12);
   const std::string root = dir.path() + "/main";
-  for (const char* layout : {"7", "abc", "-3", ""}) EXPECT_EQ(2, test::Cli("upgrade " + root + " --view " + layout).status);
+  for (const char* layout : {"7", "abc", "-3", ""})
+    EXPECT_EQ(2, test::Cli("upgrade " + root + " --view " + layout).status);
   const test::CliRun run = test::Cli("upgrade " + root + " --view 2");
   EXPECT_EQ(0, run.status) << run.output;
   EXPECT_NE(std::string::npos, run.output.find("schema version  12 -> 24")) << run.output;

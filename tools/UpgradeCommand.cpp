@@ -30,7 +30,8 @@ int ReadVersion(sqlite3* db, const char* table) {
   const std::string sql = std::string("select versionId from ") + table + " limit 1";
   sqlite3_stmt* statement = nullptr;
   int version = 0;
-  if (sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK && sqlite3_step(statement) == SQLITE_ROW)
+  if (sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
+      sqlite3_step(statement) == SQLITE_ROW)
     version = sqlite3_column_int(statement, 0);
   sqlite3_finalize(statement);
   return version;
@@ -87,10 +88,11 @@ void WaitWithProgress(ncIUpgradeMgr* upgrade, ncUpgradeSummary& summary, bool qu
 void Report(const CliContext& context, const std::string& root, const Versions& before, const Versions& after,
             const ncUpgradeSummary& summary) {
   if (context.json) {
-    std::printf("{\"root\": %s, \"ok\": %s, \"steps\": %g, \"done\": %g, \"schema\": [%d, %d], \"view\": [%d, %d], "
-                "\"message\": %s}\n",
-                JsonText(root).c_str(), summary.state == 2 ? "true" : "false", summary.total, summary.done,
-                before.schema, after.schema, before.view, after.view, JsonText(Narrow(summary.message)).c_str());
+    std::printf(
+        "{\"root\": %s, \"ok\": %s, \"steps\": %g, \"done\": %g, \"schema\": [%d, %d], \"view\": [%d, %d], "
+        "\"message\": %s}\n",
+        JsonText(root).c_str(), summary.state == 2 ? "true" : "false", summary.total, summary.done, before.schema,
+        after.schema, before.view, after.view, JsonText(Narrow(summary.message)).c_str());
     return;
   }
   std::printf("schema version  %s -> %s\n", VersionText(before.schema).c_str(), VersionText(after.schema).c_str());

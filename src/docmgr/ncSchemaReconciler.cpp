@@ -67,14 +67,16 @@ void CreateMsg(const String& path) {
 // Rows written before the cache kept a name's initials or the parent's node name get
 // them as Update would have written them.
 void DeriveCacheValues(ncDBMgr* db) {
-  const Rows rows = Select(db, u"select rowid, id, type, name from tb_cacheInfo where acronym is null or "
-                               u"(acronym = '' and name <> '') or parentId is null");
+  if (!db->IsTableExists(u"tb_cacheInfo")) return;
+  const Rows rows = Select(db,
+                           u"select rowid, id, type, name from tb_cacheInfo where acronym is null or "
+                           u"(acronym = '' and name <> '') or parentId is null");
   for (const auto& row : rows) {
     const String parentId = ncCacheMgr::ParentIdOf(row[1], static_cast<int32_t>(base::ToInt64(row[2])));
-    db->ExecuteSql(Format(u"update tb_cacheInfo set acronym = coalesce(nullif(acronym, ''), '%s'), parentId = coalesce(parentId, '%s') "
-                          u"where rowid = %s",
-                          ncDocUtils::QuoteSql(ncCacheMgr::AcronymOf(row[3])), ncDocUtils::QuoteSql(parentId),
-                          row[0]));
+    db->ExecuteSql(Format(
+        u"update tb_cacheInfo set acronym = coalesce(nullif(acronym, ''), '%s'), parentId = coalesce(parentId, '%s') "
+        u"where rowid = %s",
+        ncDocUtils::QuoteSql(ncCacheMgr::AcronymOf(row[3])), ncDocUtils::QuoteSql(parentId), row[0]));
   }
 }
 
@@ -99,8 +101,9 @@ const ncSchemaReconciler::Table* FindTable(const std::vector<ncSchemaReconciler:
 }
 
 bool HasColumn(const ncSchemaReconciler::Table& table, const String& name) {
-  return std::any_of(table.columns.begin(), table.columns.end(),
-                     [&](const ncSchemaReconciler::Column& column) { return base::ToLower(column.name) == base::ToLower(name); });
+  return std::any_of(table.columns.begin(), table.columns.end(), [&](const ncSchemaReconciler::Column& column) {
+    return base::ToLower(column.name) == base::ToLower(name);
+  });
 }
 
 bool SameColumnOrder(const ncSchemaReconciler::Table& a, const ncSchemaReconciler::Table& b) {
@@ -121,8 +124,9 @@ struct ncSchemaReconciler::Store {
 
 std::vector<ncSchemaReconciler::Table> ncSchemaReconciler::ReadTables(ncDBMgr* db) {
   std::vector<Table> tables;
-  for (const auto& row :
-       Select(db, u"select name, sql from sqlite_master where type = 'table' and name not like 'sqlite_%' order by rowid")) {
+  for (const auto& row : Select(
+           db,
+           u"select name, sql from sqlite_master where type = 'table' and name not like 'sqlite_%' order by rowid")) {
     Table table{row[0], row[1], {}};
     for (const auto& column : Select(db, Format(u"PRAGMA table_info(%s)", table.name)))
       table.columns.push_back(Column{column[1], column[2]});
@@ -183,17 +187,7 @@ void ncSchemaReconciler::ReconcileStore(const Store& store) {
     ncDBMgr::SchemaChange change(*db);
     db->BeginTransaction();
     try {
-      const std::vector<Table> existing = ReadTables(db.get());
-      std::vector<AddedColumn> added;
-      for (const Table& table : fresh)
-        if (const Table* old = FindTable(existing, table.name)) AddMissingColumns(db.get(), table, *old, added);
-      if (store.derive) store.derive(db.get());
-      FillFreshValues(db.get(), added);
-      const std::vector<Table> widened = ReadTables(db.get());
-      for (const Table& table : fresh) {
-        const Table* old = FindTable(widened, table.name);
-        if (old && !SameColumnOrder(table, *old)) RebuildInOrder(db.get(), table);
-      }
+      ReconcileColumns(db.get(), fresh, store.derive);
       db->CommitTransaction();
     } catch (...) {
       db->RollbackTransaction();
@@ -216,6 +210,22 @@ void ncSchemaReconciler::AddMissingColumns(ncDBMgr* db, const Table& fresh, cons
     if (HasColumn(existing, column.name)) continue;
     db->ExecuteSql(Format(u"alter table %s add column %s %s", fresh.name, column.name, column.type));
     added.push_back(AddedColumn{fresh.name, column});
+  }
+}
+
+// Missing columns first, then the values the rows derive, then the fresh values for the
+// rest; a table whose columns are then out of order is rebuilt.
+void ncSchemaReconciler::ReconcileColumns(ncDBMgr* db, const std::vector<Table>& fresh, void (*derive)(ncDBMgr*)) {
+  const std::vector<Table> existing = ReadTables(db);
+  std::vector<AddedColumn> added;
+  for (const Table& table : fresh)
+    if (const Table* old = FindTable(existing, table.name)) AddMissingColumns(db, table, *old, added);
+  if (derive) derive(db);
+  FillFreshValues(db, added);
+  const std::vector<Table> widened = ReadTables(db);
+  for (const Table& table : fresh) {
+    const Table* old = FindTable(widened, table.name);
+    if (old && !SameColumnOrder(table, *old)) RebuildInOrder(db, table);
   }
 }
 

@@ -39,6 +39,7 @@ class ncSchemaReconciler {
     String table;
     Column column;
   };
+  static void ReconcileColumns(ncDBMgr* db, const std::vector<Table>& fresh, void (*derive)(ncDBMgr*));
   static void AddMissingColumns(ncDBMgr* db, const Table& fresh, const Table& existing,
                                 std::vector<AddedColumn>& added);
   static void FillFreshValues(ncDBMgr* db, const std::vector<AddedColumn>& added);

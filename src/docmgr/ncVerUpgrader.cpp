@@ -18,6 +18,7 @@ using base::Path;
 NC_IMPL_POOLED_ISUPPORTS1(ncVerUpgrader, ncIVerUpgrader)
 
 ncIVerUpgrader* GetUpgrader(int32_t version, const ncUpgradeContext& context) {
+  // clang-format off
   switch (version) {
     case 4: return NC_NEW(ncV4Upgrader, context);
     case 5: return NC_NEW(ncV5Upgrader, context);
@@ -41,6 +42,7 @@ ncIVerUpgrader* GetUpgrader(int32_t version, const ncUpgradeContext& context) {
     case 23: return NC_NEW(ncV23Upgrader, context);
     default: return nullptr;
   }
+  // clang-format on
 }
 
 ncIVerUpgrader* GetViewUpgrader(int32_t viewVersion, int32_t targetViewVer, const ncUpgradeContext& context) {
