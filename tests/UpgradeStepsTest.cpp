@@ -215,21 +215,25 @@ ncUpgradeData TypeNames() {
   return data;
 }
 
+ncUpgradeSummary UpgradeRoot(const test::TempDir& dir) {
+  nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
+  upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
+  upgrade->SetData(TypeNames());
+  const ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
+  upgrade->Close();
+  return summary;
+}
+
 TEST(UpgradeStepsTest, OldRootsReachTheFreshSchemaWithEveryRowAndARerunChangesNothing) {
   for (int version : {4, 7, 12, 23}) {
     SCOPED_TRACE(version);
     test::TempDir dir;
     const std::map<std::string, std::string> kept = MakeOldRoot(dir, version);
     const std::map<std::string, test::Rows> before = OldValues(dir, kept);
-    nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
-    upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
-    EXPECT_EQ(version < 7, upgrade->NeedData());
-    upgrade->SetData(TypeNames());
-    const ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
+    const ncUpgradeSummary summary = UpgradeRoot(dir);
     EXPECT_EQ(2, summary.state) << base::ToUtf8(summary.message);
     EXPECT_EQ(2.0 * (24 - version), summary.total);
     EXPECT_EQ(summary.total, summary.done);
-    upgrade->Close();
 
     EXPECT_EQ(before, OldValues(dir, kept));
     std::map<std::string, std::vector<std::string>> upgraded;
@@ -264,20 +268,10 @@ TEST(UpgradeStepsTest, OldRootsReachTheFreshSchemaWithEveryRowAndARerunChangesNo
 
     // Every step again, as a run interrupted before recording would: nothing moves.
     const std::map<std::string, test::Rows> after = OldValues(dir, kept);
-    ncConfigDBInfo main;
-    main.Init(dir.child("main"), false);
-    ncUpgradeSummary counted;
-    std::mutex lock;
-    const ncUpgradeData data = TypeNames();
-    const std::vector<ncUpgradeView> views;
-    for (int step = version; step < 24; ++step) {
-      nsCOMPtr<ncIVerUpgrader> upgrader(GetUpgrader(step, {&main, &counted, &lock, &data, &views}));
-      upgrader->Upgrade();
-    }
-    EXPECT_EQ(nullptr, GetUpgrader(24, {&main, &counted, &lock, &data, &views}));
-    EXPECT_EQ(24.0 - version, counted.done);
+    StampVersions(dir, version);
+    EXPECT_EQ(2, UpgradeRoot(dir).state);
     EXPECT_EQ(after, OldValues(dir, kept));
-    for (const char* file : {"cache.db", "nonius.db"}) EXPECT_EQ(upgraded[file], Schema(StoreFile(dir, file)));
+    for (const char* file : kStores) EXPECT_EQ(upgraded[file], Schema(StoreFile(dir, file)));
   }
 }
 
@@ -302,33 +296,29 @@ TEST(UpgradeStepsTest, AStepThatFailsLeavesTheEarlierVersionsAndTheNextRunFinish
   EXPECT_EQ(24, MainVersion(dir));
 }
 
-// A root in layout 1: top folders with files, tags on the files, and cache rows for all.
+// A root in layout 1: top folders A and C of the view Work (known to the cache) and B (of
+// the view Shared, known to the client only), each with a tagged file; cache rows for all.
 class LayoutRoot {
  public:
   LayoutRoot() {
     StampVersions(dir_, 24);
     nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
     cache->Init(dir_.child("main/.kestrove.cache/cache.db"), false);
-    for (const auto& top : std::vector<std::pair<std::string, std::string>>{{"A", "Work"}, {"B", ""}, {"C", "Work"}}) {
-      test::MakeDir(dir_.path() + "/main/" + top.first);
-      test::WriteFile(dir_.path() + "/main/" + top.first + "/f.txt", top.first);
+    for (const std::string top : {"A", "B", "C"}) {
+      test::MakeDir(dir_.path() + "/main/" + top);
+      const std::string file = dir_.path() + "/main/" + top + "/f.txt";
+      test::WriteFile(file, top);
+      tagged_ = setxattr(file.c_str(), "user.kestrove.docId", top.data(), top.size(), 0) == 0;
       ncCacheInfo info;
-      info.id = base::FromUtf8("gns://ROOT/" + top.first);
-      info.isDir = 1;
-      info.viewName = base::FromUtf8(top.second);
-      info.viewType = top.second.empty() ? 0 : 3;
-      cache->Update(base::FromUtf8(top.first), info);
+      info.id = base::FromUtf8("gns://ROOT/" + top);
+      info.viewName = top == "B" ? u"" : u"Work";
+      cache->Update(info.id.substr(11), info);
       info.id += u"/F";
-      info.isDir = 0;
-      cache->Update(base::FromUtf8(top.first + "\\f.txt"), info);
-      tagged_ = test::SupportsUserXattrs(dir_.path()) &&
-                setxattr((dir_.path() + "/main/" + top.first + "/f.txt").c_str(), "user.kestrove.docId",
-                         top.first.data(), top.first.size(), 0) == 0;
+      cache->Update(info.id.substr(11, 1) + u"\\f.txt", info);
     }
     cache->Close();
   }
 
-  // Runs the upgrade manager to the layout; B's view comes from the client.
   ncUpgradeSummary ConvertTo(int layout) {
     nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
     upgrade->Init(dir_.child("main"), dir_.child("logs"), {}, layout);
@@ -347,24 +337,23 @@ class LayoutRoot {
     cache->Init(dir_.child("main/.kestrove.cache/cache.db"), viewMode);
     for (const auto& place : places) {
       SCOPED_TRACE(place.second);
-      EXPECT_EQ(place.first, test::ReadFile(dir_.path() + "/main/" + place.second + "/f.txt"));
+      const std::string file = dir_.path() + "/main/" + place.second + "/f.txt";
       std::string tag;
-      EXPECT_TRUE(!tagged_ ||
-                  test::GetXattr(dir_.path() + "/main/" + place.second + "/f.txt", "user.kestrove.docId", tag));
+      EXPECT_EQ(place.first, test::ReadFile(file));
+      EXPECT_EQ(tagged_, test::GetXattr(file, "user.kestrove.docId", tag));
       EXPECT_EQ(tagged_ ? place.first : "", tag);
-      std::string relPath = place.second;
+      std::string relPath = place.second + "/f.txt";
       std::replace(relPath.begin(), relPath.end(), '/', '\\');
       ncCacheInfo info;
-      EXPECT_TRUE(cache->GetInfoByPath(base::FromUtf8(relPath + "\\f.txt"), info));
+      EXPECT_TRUE(cache->GetInfoByPath(base::FromUtf8(relPath), info));
       EXPECT_EQ(base::FromUtf8("gns://ROOT/" + place.first + "/F"), info.id);
     }
     cache->Close();
   }
 
-  const test::TempDir& dir() const { return dir_; }
+  const test::TempDir dir_;
 
  private:
-  test::TempDir dir_;
   bool tagged_ = false;
 };
 
@@ -375,16 +364,16 @@ TEST(UpgradeStepsTest, TopFoldersGoUnderTheirViewsAndBackWithTheirTagsAndTheCach
 
   EXPECT_EQ(2, root.ConvertTo(1).state);
   root.ExpectFilesAt({{"A", "A"}, {"B", "B"}, {"C", "C"}}, false);
-  EXPECT_FALSE(test::Exists(root.dir().path() + "/main/Work"));
-  EXPECT_FALSE(test::Exists(root.dir().path() + "/main/Shared"));
+  EXPECT_FALSE(test::Exists(root.dir_.path() + "/main/Work"));
+  EXPECT_FALSE(test::Exists(root.dir_.path() + "/main/Shared"));
 }
 
 TEST(UpgradeStepsTest, AnInterruptedViewStepCompletesAndAClashGetsANumberedName) {
   LayoutRoot root;
   // A earlier run moved A before it stopped; a stray folder holds C's name in its view.
-  test::MakeDir(root.dir().path() + "/main/Work");
-  ASSERT_EQ(0, std::rename((root.dir().path() + "/main/A").c_str(), (root.dir().path() + "/main/Work/A").c_str()));
-  test::MakeDir(root.dir().path() + "/main/Work/C");
+  test::MakeDir(root.dir_.path() + "/main/Work");
+  ASSERT_EQ(0, std::rename((root.dir_.path() + "/main/A").c_str(), (root.dir_.path() + "/main/Work/A").c_str()));
+  test::MakeDir(root.dir_.path() + "/main/Work/C");
   const ncUpgradeSummary summary = root.ConvertTo(2);
   EXPECT_EQ(2, summary.state);
   EXPECT_EQ(summary.total, summary.done);
