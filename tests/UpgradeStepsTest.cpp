@@ -397,6 +397,16 @@ TEST(UpgradeStepsTest, CliShowsTheVersionsItChangedAndRefusesWhatItCannotDo) {
   EXPECT_NE(std::string::npos, run.output.find("view layout     1 -> 2")) << run.output;
   EXPECT_NE(std::string::npos, test::Cli("upgrade " + root).output.find("Nothing to change"));
 
+  // Below version 7 the type names come from the command line.
+  test::TempDir old;
+  MakeOldRoot(old, 4);
+  const std::string oldRoot = old.path() + "/main";
+  EXPECT_EQ(2, test::Cli("upgrade " + oldRoot + " --type-name =Document").status);
+  const test::CliRun unnamed = test::Cli("upgrade " + oldRoot);
+  EXPECT_EQ(1, unnamed.status);
+  EXPECT_NE(std::string::npos, unnamed.output.find("--type-name N=NAME")) << unnamed.output;
+  EXPECT_EQ(0, test::Cli("upgrade " + oldRoot + " --type-name 1=Document --type-name 2=Folder").status);
+
   sqlite3* db = nullptr;
   ASSERT_EQ(SQLITE_OK, sqlite3_open((root + "/.kestrove.cache/config.db").c_str(), &db));
   Exec(db, "update tb_version set versionId = 25");

@@ -59,11 +59,24 @@ bool ParseLayout(const std::string& text, int& layout) {
   return true;
 }
 
-bool ParseArguments(const std::vector<std::string>& args, std::string& root, int& layout) {
+// --type-name N=NAME: the name shown for the document type N, which databases older than
+// version 7 do not keep.
+bool ParseTypeName(const std::string& text, ncUpgradeData& data) {
+  const size_t equals = text.find('=');
+  if (equals == 0 || equals == std::string::npos || equals + 1 == text.size()) return false;
+  const std::string number = text.substr(0, equals);
+  if (number.find_first_not_of("0123456789") != std::string::npos || number.size() > 9) return false;
+  data.typeNames[std::stoi(number)] = Wide(text.substr(equals + 1));
+  return true;
+}
+
+bool ParseArguments(const std::vector<std::string>& args, std::string& root, int& layout, ncUpgradeData& data) {
   std::vector<std::string> positional;
   for (size_t i = 0; i < args.size(); ++i) {
     if (args[i] == "--view") {
       if (i + 1 >= args.size() || !ParseLayout(args[++i], layout)) return false;
+    } else if (args[i] == "--type-name") {
+      if (i + 1 >= args.size() || !ParseTypeName(args[++i], data)) return false;
     } else {
       positional.push_back(args[i]);
     }
@@ -99,7 +112,8 @@ void Report(const CliContext& context, const std::string& root, const Versions& 
   std::printf("view layout     %s -> %s\n", VersionText(before.view).c_str(), VersionText(after.view).c_str());
   std::printf("steps           %g of %g done\n", summary.done, summary.total);
   if (summary.state != 2)
-    std::fprintf(stderr, "docmgr-cli: upgrade of %s failed: %s\n", root.c_str(), Narrow(summary.message).c_str());
+    std::fprintf(stderr, "docmgr-cli: upgrade of %s failed: %s%s\n", root.c_str(), Narrow(summary.message).c_str(),
+                 before.schema < 7 ? " (type names are given with --type-name N=NAME)" : "");
   else if (before.schema == after.schema && before.view == after.view)
     std::printf("Nothing to change: %s is at the current version.\n", root.c_str());
 }
@@ -107,8 +121,9 @@ void Report(const CliContext& context, const std::string& root, const Versions& 
 int Upgrade(CliContext& context, const std::vector<std::string>& args) {
   std::string root;
   int layout = 0;  // 0: keep the current layout
-  if (!ParseArguments(args, root, layout)) {
-    std::fprintf(stderr, "usage: docmgr-cli upgrade ROOT [--view 1|2]\n");
+  ncUpgradeData data;
+  if (!ParseArguments(args, root, layout, data)) {
+    std::fprintf(stderr, "usage: docmgr-cli upgrade ROOT [--view 1|2] [--type-name N=NAME]...\n");
     return 2;
   }
   root = AbsolutePath(root);
@@ -130,6 +145,7 @@ int Upgrade(CliContext& context, const std::vector<std::string>& args) {
   if (!upgrade) throw std::runtime_error("the module did not create the upgrade manager");
   const base::String path = Wide(root);
   upgrade->Init(path, path, {}, layout);
+  upgrade->SetData(data);
   ncUpgradeSummary summary;
   upgrade->GetSummary(summary);
   if (upgrade->NeedUpgrade()) {
@@ -143,7 +159,7 @@ int Upgrade(CliContext& context, const std::vector<std::string>& args) {
   return summary.state == 2 ? 0 : 1;
 }
 
-CLI_COMMAND("upgrade", "ROOT [--view 1|2]", "bring the root's databases to the current schema and view layout",
-            Upgrade);
+CLI_COMMAND("upgrade", "ROOT [--view 1|2] [--type-name N=NAME]...",
+            "bring the root's databases to the current schema and view layout", Upgrade);
 
 }  // namespace

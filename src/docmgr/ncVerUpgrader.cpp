@@ -57,7 +57,7 @@ String DataFile(const ncUpgradeContext& context, const char16_t* name) {
   return Path::combine(context.config->GetDBPath(), name);
 }
 
-// Distinct values of the first column of a query.
+// The first column of every row of a query.
 std::vector<String> Column(ncDBMgr* db, const String& sql) {
   int rows = 0, columns = 0;
   char** result = nullptr;
@@ -74,7 +74,7 @@ void FillTypeNames(const String& path, const char16_t* table, const char16_t* ty
   if (!base::File::exists(path)) return;
   nsCOMPtr<ncDBMgr> db(NC_NEW(ncDBMgr));
   db->Open(path);
-  const String lacking = Format(u"(typeName is null or typeName = '')");
+  const String lacking = u"(typeName is null or typeName = '')";
   if (db->IsTableExists(table)) {
     const std::vector<String> types =
         Column(db.get(), Format(u"select distinct %s from %s where %s", typeColumn, table, lacking));
