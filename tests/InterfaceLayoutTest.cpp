@@ -18,6 +18,7 @@
 #include "docmgr/public/ncIPathMgr.h"
 #include "docmgr/public/ncIRelayMgr.h"
 #include "docmgr/public/ncIUpgradeMgr.h"
+#include "docmgr/public/ncIVerUpgrader.h"
 #include "xpcom/nsIComponentRegistrar.h"
 #include "xpcom/nsIFactory.h"
 #include "xpcom/nsIModule.h"
@@ -43,7 +44,8 @@ constexpr bool NoneHasAVirtualDestructor() {
 
 static_assert(NoneHasAVirtualDestructor<nsISupports, nsIFactory, nsIModule, nsIComponentManager,
                                         nsIComponentRegistrar, ncIDocMgr, ncIDBMgr, ncIPathMgr, ncICacheMgr,
-                                        ncIADSMgr, ncIFileMgr, ncILogMgr, ncIMsgMgr, ncIRelayMgr, ncIUpgradeMgr>(),
+                                        ncIADSMgr, ncIFileMgr, ncILogMgr, ncIMsgMgr, ncIRelayMgr, ncIUpgradeMgr,
+                                        ncIVerUpgrader>(),
               "an interface destructor would take a slot a host calls");
 
 TEST(InterfaceLayoutTest, FrozenComponentModelInterfaces) {
@@ -95,6 +97,7 @@ TEST(InterfaceLayoutTest, ManagerInterfacesFollowTheirTables) {
   EXPECT_EQ(22u, SlotOf(&ncIRelayMgr::DeleteDownloadNonius));
   EXPECT_EQ(3u, SlotOf(&ncIUpgradeMgr::Init));
   EXPECT_EQ(10u, SlotOf(&ncIUpgradeMgr::GetSummary));
+  EXPECT_EQ(3u, SlotOf(&ncIVerUpgrader::Upgrade));
 }
 
 }  // namespace

@@ -211,10 +211,16 @@ void ncCacheMgr::Update(const String& relPath, const ncCacheInfo& info) {
   db_->ExecuteSql(UpdateStatement(name, parentPath, info));
 }
 
+String ncCacheMgr::AcronymOf(const String& name) { return Acronym(name); }
+
+String ncCacheMgr::ParentIdOf(const String& id, int32_t type) {
+  if (type < NC_CACHE_SPECIAL_TYPE && ncGNSUtil::HasGNSPrefix(id))
+    return ncGNSUtil::GetNodeName(ncGNSUtil::GetParentPath(id));
+  return String();
+}
+
 String ncCacheMgr::UpdateStatement(const String& name, const String& parentPath, const ncCacheInfo& info) {
-  String parentId;
-  if (info.type < NC_CACHE_SPECIAL_TYPE && ncGNSUtil::HasGNSPrefix(info.id))
-    parentId = ncGNSUtil::GetNodeName(ncGNSUtil::GetParentPath(info.id));
+  const String parentId = ParentIdOf(info.id, info.type);
   const String quotedName = Quote(name);
   // id, otag and parentId go in as they are: server ids and tags carry no quotes.
   return FillStatement(kReplace, {kTable, info.id, info.otag, Decimal(info.isDir), Decimal(info.state),

@@ -17,6 +17,11 @@ class ncCacheMgr : public ncICacheMgr, public ncIStoreBatch {
   void Init(const String& path, bool viewMode);
   void Close();
 
+  // What a row written by Update derives from its values: the initials of its name and the
+  // node name of its parent document.
+  static String AcronymOf(const String& name);
+  static String ParentIdOf(const String& id, int32_t type);
+
   void Update(const String& relPath, const ncCacheInfo& info) override;
   void Rename(const String& relPath, const String& newRelPath) override;
   void Delete(const String& relPath, bool onlyChild) override;

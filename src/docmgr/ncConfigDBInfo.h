@@ -26,6 +26,7 @@ class ncConfigDBInfo {
 
   const String& GetDBPath() const { return dbPath_; }
   ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
+  ncPathMgr* GetPathMgr() const { return pathMgr_.get(); }
 
  private:
   int32_t ReadVersion(const char16_t* table);

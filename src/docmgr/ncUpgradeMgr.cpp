@@ -2,6 +2,7 @@
 
 #include "base/Directory.h"
 #include "base/File.h"
+#include "base/SystemLog.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "platform/ncPlatform.h"
@@ -118,6 +119,9 @@ void ncUpgradeMgr::SetViews(const std::vector<ncUpgradeView>& views) {
 
 void ncUpgradeMgr::DoUpgrade() {
   NC_TRACE(u"this: 0x%p", this);
+  join();
+  // A client polling right after a failed run must not read that run's outcome as this one's.
+  SetOutcome(1, String());
   start();
 }
 
@@ -133,12 +137,35 @@ void ncUpgradeMgr::SetOutcome(int state, const String& message) {
   summary_.message = message;
 }
 
-// The version steps of this release: none is needed below the current schema, so a root
-// behind it cannot be carried forward and the run fails with a message that says so.
+ncUpgradeContext ncUpgradeMgr::ContextOf(ncConfigDBInfo& config) {
+  ncUpgradeContext context;
+  context.config = &config;
+  context.summary = &summary_;
+  context.summaryLock = &summaryLock_;
+  context.data = &data_;
+  context.views = &views_;
+  return context;
+}
+
+// One step at a time, each version recorded as soon as its step is done, so that a run
+// that stops resumes at the first step not recorded.
 void ncUpgradeMgr::RunChain(ncConfigDBInfo& config) {
-  const int32_t version = config.GetVersionNum();
-  if (version < kCurrentVersion)
-    NC_THROW(NC_ERR_DATABASE, u"No upgrade step from schema version %d in %s.", version, config.GetDBPath());
+  for (int32_t version = config.GetVersionNum(); version < kCurrentVersion;) {
+    nsCOMPtr<ncIVerUpgrader> step(GetUpgrader(version, ContextOf(config)));
+    if (!step) return;
+    step->Upgrade();
+    version = config.UpdateVersionNum(version + 1);
+  }
+}
+
+// Any pair of layouts but 1 and 2 has no step and keeps its version.
+void ncUpgradeMgr::RunViewStep() {
+  const int32_t viewVersion = primaryConfig_->GetViewVer();
+  if (viewVersion == targetViewVer_) return;
+  nsCOMPtr<ncIVerUpgrader> step(GetViewUpgrader(viewVersion, targetViewVer_, ContextOf(*primaryConfig_)));
+  if (!step) return;
+  step->Upgrade();
+  primaryConfig_->UpdateViewVer(targetViewVer_);
 }
 
 void ncUpgradeMgr::run() {
@@ -150,17 +177,15 @@ void ncUpgradeMgr::run() {
     for (auto& config : localSyncConfigs_) RunChain(*config);
     if (primaryConfig_) {
       RunChain(*primaryConfig_);
-      // Layouts 1 and 2 would convert into each other, but this release has no step that
-      // moves the folders: the version is not recorded for a conversion that did not happen.
-      // Any other pair has no step and keeps its version.
-      const int32_t viewVersion = primaryConfig_->GetViewVer();
-      if ((viewVersion == 1 && targetViewVer_ == 2) || (viewVersion == 2 && targetViewVer_ == 1))
-        NC_THROW(NC_ERR_DATABASE, u"No step converts the view layout %d to %d.", viewVersion, targetViewVer_);
+      RunViewStep();
     }
     SetOutcome(2, String());
   } catch (const base::Exception& e) {
+    base::SystemLog::log(2, base::Format(u"ncUpgradeMgr::run %s:%d %s", e.getFile(), e.getLine(), e.getMessage()));
     SetOutcome(3, e.getMessage());
   } catch (...) {
+    base::SystemLog::log(2, base::Format(u"ncUpgradeMgr::run %s:%d Error: unknown.", base::FromUtf8(__FILE__),
+                                         __LINE__));
     SetOutcome(3, u"Error: unknown.");
   }
   NC_TRACE(u"this: 0x%p, -end", this);

@@ -10,6 +10,7 @@
 #include "base/Thread.h"
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/ncVerUpgrader.h"
 #include "docmgr/public/ncIUpgradeMgr.h"
 
 class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
@@ -39,7 +40,9 @@ class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
   int32_t ReadOrRecordVersion(ncConfigDBInfo& config, int32_t primaryVersion);
   void CheckVersion(ncConfigDBInfo& config, int32_t version);
   static void MoveJournal(const String& fromDir, const String& toDir, const char16_t* name);
+  ncUpgradeContext ContextOf(ncConfigDBInfo& config);
   void RunChain(ncConfigDBInfo& config);
+  void RunViewStep();
   void SetOutcome(int state, const String& message);
 
   std::unique_ptr<ncConfigDBInfo> primaryConfig_;

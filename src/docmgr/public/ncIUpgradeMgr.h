@@ -2,6 +2,7 @@
 // version to the current one on a worker thread, before the document manager opens them.
 #pragma once
 
+#include <map>
 #include <vector>
 
 #include "base/String.h"
@@ -14,15 +15,23 @@ struct ncUpgradeSummary {
   base::String message;  // empty unless failed
 };
 
-// Data some version steps need from the client (the primary root below version 7).
+// What databases older than version 7 cannot tell about themselves, asked of the client
+// (NeedData) before such a root is upgraded: those releases kept only the number of a
+// document's type in the cache, and the upgrade writes the name shown for it. The step
+// from version 6 fills the type name of every cache row (and download record) that has
+// none from this table; a root that has such rows cannot pass that step without it.
 struct ncUpgradeData {
-  base::String userId;
-  std::vector<base::String> values;
+  std::map<int, base::String> typeNames;  // server object type -> type name shown to the user
 };
 
+// One view of the client, for the move between the two layouts of the top-level folders:
+// layout 1 keeps them directly under the root, layout 2 groups them under one folder per
+// view, named as the view. A folder whose cache row names its view needs no entry; the
+// others are found here by name.
 struct ncUpgradeView {
-  base::String name;
+  base::String name;                     // the view's name, and the name of its folder
   int viewType = 0;
+  std::vector<base::String> topFolders;  // names of the top-level folders in this view
 };
 
 class ncIUpgradeMgr : public nsISupports {

@@ -1,0 +1,419 @@
+// The upgrade chain on old databases made here from the stores' current schema with
+// columns, indexes, tables and triggers taken away, as earlier releases left them: every
+// row survives with its values and the schema ends as a fresh root's.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+
+#include "FileTestSupport.h"
+#include "TestSupport.h"
+#include "UpgradeTestSupport.h"
+#include "docmgr/ncCacheMgr.h"
+#include "docmgr/ncConfigDBInfo.h"
+#include "docmgr/ncDocUtils.h"
+#include "docmgr/ncLogMgr.h"
+#include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncMsgMgr.h"
+#include "docmgr/ncRelayMgr.h"
+#include "docmgr/ncUpgradeMgr.h"
+#include "docmgr/ncVerUpgrader.h"
+
+using base::String;
+
+namespace {
+
+const char* const kStores[] = {"cache.db", "nonius.db", "log.db", "msg.db"};
+
+// What an old release lacked, per table: the columns named ("x+" also every column after
+// x), the whole table ("*"), or a table of its own ("=definition"). A column missing in the
+// middle makes the upgrade rebuild the table in order.
+std::map<std::string, std::string> Lacking(int version) {
+  switch (version) {
+    case 4:
+      return {{"tb_cacheInfo", "acronym typeName viewType viewName parentId+"},
+              {"tb_upload_nonius", "crc32 sliceMd5 lastModified partSize ratios+"},
+              {"tb_download_nonius", "*"},
+              {"tb_synclog", "newName remark+"},
+              {"tb_logstat", "*"},
+              {"tb_msg", "recipient accessorType csfLevel allowPermValue refusePermValue perm+"}};
+    case 7:
+      return {{"tb_cacheInfo", "acronym parentId errcode+"},
+              {"tb_upload_nonius", "sliceMd5 partSize duration+"},
+              {"tb_download_nonius", "viewType viewName mtime attr range+"},
+              {"tb_synclog", "visible"},
+              {"tb_logstat", "=logCount int, logType int PRIMARY KEY"},
+              {"tb_msg", "accessorType csfLevel operationType+"}};
+    case 12:
+      return {{"tb_cacheInfo", "parentId execTask watermark"},
+              {"tb_upload_nonius", "duration csf"},
+              {"tb_download_nonius", "range"},
+              {"tb_msg", "remindcontent isInherit"}};
+    default:  // the tables of today, without their indexes, with the old delete trigger
+      return {{"tb_upload_nonius", "csf"}, {"tb_msg", "isInherit"}};
+  }
+}
+
+// cache.db and nonius.db live in the data directory of the main root, the journals in the
+// second root's.
+std::string StoreFile(const test::TempDir& dir, const std::string& file) {
+  return dir.path() + (file == "cache.db" || file == "nonius.db" ? "/main" : "/logs") + "/.kestrove.cache/" + file;
+}
+
+nsCOMPtr<ncDBMgr> OpenStore(const std::string& path) {
+  nsCOMPtr<ncDBMgr> db(NC_NEW(ncDBMgr));
+  db->Open(base::FromUtf8(path));
+  return db;
+}
+
+// The stores of a root as the current release creates them.
+std::string FreshDataDir(const test::TempDir& dir) {
+  const std::string data = dir.path() + "/fresh";
+  test::MakeDir(data);
+  const String path = base::FromUtf8(data);
+  nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
+  cache->Init(path + u"/cache.db", false);
+  cache->Close();
+  nsCOMPtr<ncRelayMgr> relay(NC_NEW(ncRelayMgr));
+  relay->Init(path + u"/nonius.db");
+  relay->Close();
+  nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
+  log->Init(path + u"/log.db");
+  log->Close();
+  nsCOMPtr<ncMsgMgr> msg(NC_NEW(ncMsgMgr));
+  msg->Init(path + u"/msg.db");
+  msg->Close();
+  return data;
+}
+
+const char* const kNames[] = {"report.doc", "\xE5\xB9\xB4\xE5\xBA\xA6\xE6\x8A\xA5\xE5\x91\x8A.doc", "O''Brien"};
+
+// A value of an old row: names and ids as the client writes them, anything else numbered.
+std::string Value(const std::string& table, const std::string& column, int row) {
+  if (column == "id" && table == "tb_cacheInfo") return "'gns://ROOT/DIR/N" + std::to_string(row) + "'";
+  if (column == "name") return std::string("'") + kNames[row % 3] + "'";
+  if (column == "logType") return std::to_string(table == "tb_logstat" ? row : row % 2);
+  if (column == "type" || column == "docType") return std::to_string(row % 2 + 1);
+  if (column == "id" || column == "logCount") return std::to_string(row + 1);
+  return "'" + column + std::to_string(row) + "'";
+}
+
+// Both roots at the version, in layout 1.
+void StampVersions(const test::TempDir& dir, int version) {
+  for (const char* root : {"main", "logs"}) {
+    ncConfigDBInfo config;
+    config.Init(dir.child(root), false);
+    config.UpdateVersionNum(version);
+    config.UpdateViewVer(1);
+  }
+}
+
+int MainVersion(const test::TempDir& dir) {
+  ncConfigDBInfo config;
+  config.Init(dir.child("main"), false);
+  return config.GetVersionNum();
+}
+
+void Exec(sqlite3* db, const std::string& sql) {
+  char* error = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &error)) << sql << ": " << error;
+}
+
+// The columns an old table kept, as (name, definition).
+std::vector<std::pair<std::string, std::string>> KeptColumns(const test::Rows& columns, const std::string& lacking) {
+  std::vector<std::pair<std::string, std::string>> kept;
+  bool rest = false;
+  for (const auto& column : columns) {
+    rest = rest || lacking.find(column[1] + "+") != std::string::npos;
+    if (rest || (" " + lacking + " ").find(" " + column[1] + " ") != std::string::npos) continue;
+    kept.emplace_back(column[1], column[1] + " " + column[2] + (column[5] == "1" ? " PRIMARY KEY" : ""));
+  }
+  return kept;
+}
+
+// A root (data directories of main and logs) as the given release left it, with three
+// rows in every table; returns the columns each table kept.
+std::map<std::string, std::string> MakeOldRoot(const test::TempDir& dir, int version) {
+  const std::string fresh = FreshDataDir(dir);
+  const std::map<std::string, std::string> lacking = Lacking(version);
+  std::map<std::string, std::string> kept;
+  for (const char* root : {"/main", "/logs"}) {
+    test::MakeDir(dir.path() + root);
+    test::MakeDir(dir.path() + root + "/.kestrove.cache");
+  }
+  for (const char* file : kStores) {
+    sqlite3* db = nullptr;
+    EXPECT_EQ(SQLITE_OK, sqlite3_open(StoreFile(dir, file).c_str(), &db));
+    nsCOMPtr<ncDBMgr> model = OpenStore(fresh + "/" + file);
+    for (const auto& table : test::Query(model.get(), "select name from sqlite_master where type = 'table'")) {
+      const std::string name = table[0];
+      const std::string gone = lacking.count(name) ? lacking.at(name) : "";
+      if (gone == "*") continue;
+      const bool ownDefinition = !gone.empty() && gone[0] == '=';
+      const auto columns =
+          KeptColumns(test::Query(model.get(), "PRAGMA table_info(" + name + ")"), ownDefinition ? "" : gone);
+      std::string definitions = ownDefinition ? gone.substr(1) : "", names;
+      for (const auto& column : columns) {
+        if (!ownDefinition) definitions += (definitions.empty() ? "" : ", ") + column.second;
+        names += (names.empty() ? "" : ", ") + column.first;
+      }
+      Exec(db, "create table " + name + " (" + definitions + ")");
+      for (int row = 0; row < 3; ++row) {
+        std::string values;
+        for (const auto& column : columns) values += (values.empty() ? "" : ", ") + Value(name, column.first, row);
+        Exec(db, "insert into " + name + " (" + names + ") values (" + values + ")");
+      }
+      if (name != "tb_logstat") kept[name] = names;  // the counters are recounted by design
+    }
+    model->Close();
+    if (version >= 7 && std::string(file) == "log.db")
+      Exec(db,
+           "create trigger trg_deletelog after delete on tb_synclog begin update tb_logstat set logCount = "
+           "logCount - 1 where logType = new.logType; end");
+    sqlite3_close(db);
+  }
+  StampVersions(dir, version);
+  return kept;
+}
+
+// Every table with its columns, every index with its columns and every trigger of a file.
+std::vector<std::string> Schema(const std::string& path) {
+  nsCOMPtr<ncDBMgr> db = OpenStore(path);
+  std::vector<std::string> schema;
+  for (const auto& object :
+       test::Query(db.get(), "select type, name, coalesce(sql, '') from sqlite_master order by 1, 2")) {
+    std::string entry = object[0] + " " + object[1] + ":" + (object[0] == "trigger" ? object[2] : "");
+    const std::string pragma = object[0] == "table" ? "table_info" : "index_info";
+    if (object[0] != "trigger")
+      for (const auto& column : test::Query(db.get(), "PRAGMA " + pragma + "(" + object[1] + ")"))
+        for (const std::string& field : column) entry += " " + field;
+    schema.push_back(entry);
+  }
+  db->Close();
+  return schema;
+}
+
+// The kept columns of every old table, row by row in key order.
+std::map<std::string, test::Rows> OldValues(const test::TempDir& dir, const std::map<std::string, std::string>& kept) {
+  std::map<std::string, test::Rows> values;
+  for (const char* file : kStores) {
+    nsCOMPtr<ncDBMgr> db = OpenStore(StoreFile(dir, file));
+    for (const auto& table : test::Query(db.get(), "select name from sqlite_master where type = 'table'"))
+      if (kept.count(table[0]))
+        values[table[0]] = test::Query(db.get(), "select " + kept.at(table[0]) + " from " + table[0] + " order by 1");
+    db->Close();
+  }
+  return values;
+}
+
+ncUpgradeData TypeNames() {
+  ncUpgradeData data;
+  data.typeNames = {{1, u"Document"}, {2, u"Folder"}};
+  return data;
+}
+
+ncUpgradeSummary UpgradeRoot(const test::TempDir& dir) {
+  nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
+  upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
+  upgrade->SetData(TypeNames());
+  const ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
+  upgrade->Close();
+  return summary;
+}
+
+TEST(UpgradeStepsTest, OldRootsReachTheFreshSchemaWithEveryRowAndARerunChangesNothing) {
+  for (int version : {4, 7, 12, 23}) {
+    SCOPED_TRACE(version);
+    test::TempDir dir;
+    const std::map<std::string, std::string> kept = MakeOldRoot(dir, version);
+    const std::map<std::string, test::Rows> before = OldValues(dir, kept);
+    const ncUpgradeSummary summary = UpgradeRoot(dir);
+    EXPECT_EQ(2, summary.state) << base::ToUtf8(summary.message);
+    EXPECT_EQ(2.0 * (24 - version), summary.total);
+    EXPECT_EQ(summary.total, summary.done);
+
+    EXPECT_EQ(before, OldValues(dir, kept));
+    std::map<std::string, std::vector<std::string>> upgraded;
+    for (const char* file : kStores) {
+      upgraded[file] = Schema(StoreFile(dir, file));
+      EXPECT_EQ(Schema(dir.path() + "/fresh/" + file), upgraded[file]) << file;
+    }
+
+    // Values a fresh row would have: derived as the cache derives them, or the defaults.
+    nsCOMPtr<ncDBMgr> cache = OpenStore(StoreFile(dir, "cache.db"));
+    const test::Rows derived = test::Query(
+        cache.get(), "select name, acronym, parentId, typeName, errcode, watermark from tb_cacheInfo order by id");
+    cache->Close();
+    ASSERT_EQ(3u, derived.size());
+    if (version < 12) {
+      EXPECT_EQ("report.doc", derived[0][1]);
+      EXPECT_EQ(base::ToUtf8(ncDocUtils::GetAcronym(base::FromUtf8(derived[1][0]))), derived[1][1]);
+      EXPECT_EQ("O'Brien", derived[2][1]);
+      EXPECT_EQ("DIR", derived[0][2]);
+    }
+    if (version < 7) {
+      EXPECT_EQ((std::vector<std::string>{"Document", "0", "0"}),
+                std::vector<std::string>(derived[0].begin() + 3, derived[0].end()));
+    }
+
+    nsCOMPtr<ncDBMgr> log = OpenStore(StoreFile(dir, "log.db"));
+    EXPECT_EQ((test::Rows{{"0", "2"}, {"1", "1"}, {"2", "0"}, {"3", "0"}}),
+              test::Query(log.get(), "select logType, logCount from tb_logstat order by logType"));
+    log->ExecuteSql(u"delete from tb_synclog where logType = 0");  // the repaired trigger counts it
+    EXPECT_EQ((test::Rows{{"0"}}), test::Query(log.get(), "select logCount from tb_logstat where logType = 0"));
+    log->Close();
+
+    // Every step again, as a run interrupted before recording would: nothing moves.
+    const std::map<std::string, test::Rows> after = OldValues(dir, kept);
+    StampVersions(dir, version);
+    EXPECT_EQ(2, UpgradeRoot(dir).state);
+    EXPECT_EQ(after, OldValues(dir, kept));
+    for (const char* file : kStores) EXPECT_EQ(upgraded[file], Schema(StoreFile(dir, file)));
+  }
+}
+
+TEST(UpgradeStepsTest, AStepThatFailsLeavesTheEarlierVersionsAndTheNextRunFinishes) {
+  test::TempDir dir;
+  MakeOldRoot(dir, 4);
+  nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
+  upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
+  ASSERT_TRUE(upgrade->NeedData());
+  // Without the type names the step from 6 cannot name the cache's documents.
+  ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
+  EXPECT_EQ(3, summary.state);
+  EXPECT_NE(String::npos, summary.message.find(u"names of the document types")) << base::ToUtf8(summary.message);
+  EXPECT_EQ(20.0 + 2.0, summary.done);  // the journals' root, then steps 4 and 5 of the main root
+  EXPECT_EQ(6, MainVersion(dir));
+
+  upgrade->SetData(TypeNames());
+  summary = test::RunUpgradeToEnd(upgrade.get());
+  EXPECT_EQ(2, summary.state);
+  EXPECT_EQ(summary.total, summary.done);
+  upgrade->Close();
+  EXPECT_EQ(24, MainVersion(dir));
+}
+
+// A root in layout 1: top folders A and C of the view Work (known to the cache) and B (of
+// the view Shared, known to the client only), each with a tagged file; cache rows for all.
+class LayoutRoot {
+ public:
+  LayoutRoot() {
+    StampVersions(dir_, 24);
+    nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
+    cache->Init(dir_.child("main/.kestrove.cache/cache.db"), false);
+    for (const std::string top : {"A", "B", "C"}) {
+      test::MakeDir(dir_.path() + "/main/" + top);
+      const std::string file = dir_.path() + "/main/" + top + "/f.txt";
+      test::WriteFile(file, top);
+      tagged_ = setxattr(file.c_str(), "user.kestrove.docId", top.data(), top.size(), 0) == 0;
+      ncCacheInfo info;
+      info.id = base::FromUtf8("gns://ROOT/" + top);
+      info.viewName = top == "B" ? u"" : u"Work";
+      cache->Update(info.id.substr(11), info);
+      info.id += u"/F";
+      cache->Update(info.id.substr(11, 1) + u"\\f.txt", info);
+    }
+    cache->Close();
+  }
+
+  ncUpgradeSummary ConvertTo(int layout) {
+    nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
+    upgrade->Init(dir_.child("main"), dir_.child("logs"), {}, layout);
+    ncUpgradeView shared;
+    shared.name = u"Shared";
+    shared.topFolders = {u"B"};
+    upgrade->SetViews({shared});
+    const ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
+    upgrade->Close();
+    return summary;
+  }
+
+  // Each file where the layout puts it, with its content and tag, and found by the cache.
+  void ExpectFilesAt(const std::map<std::string, std::string>& places, bool viewMode) {
+    nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
+    cache->Init(dir_.child("main/.kestrove.cache/cache.db"), viewMode);
+    for (const auto& place : places) {
+      SCOPED_TRACE(place.second);
+      const std::string file = dir_.path() + "/main/" + place.second + "/f.txt";
+      std::string tag;
+      EXPECT_EQ(place.first, test::ReadFile(file));
+      EXPECT_EQ(tagged_, test::GetXattr(file, "user.kestrove.docId", tag));
+      EXPECT_EQ(tagged_ ? place.first : "", tag);
+      std::string relPath = place.second + "/f.txt";
+      std::replace(relPath.begin(), relPath.end(), '/', '\\');
+      ncCacheInfo info;
+      EXPECT_TRUE(cache->GetInfoByPath(base::FromUtf8(relPath), info));
+      EXPECT_EQ(base::FromUtf8("gns://ROOT/" + place.first + "/F"), info.id);
+    }
+    cache->Close();
+  }
+
+  const test::TempDir dir_;
+
+ private:
+  bool tagged_ = false;
+};
+
+TEST(UpgradeStepsTest, TopFoldersGoUnderTheirViewsAndBackWithTheirTagsAndTheCacheFollows) {
+  LayoutRoot root;
+  EXPECT_EQ(2, root.ConvertTo(2).state);
+  root.ExpectFilesAt({{"A", "Work/A"}, {"B", "Shared/B"}, {"C", "Work/C"}}, true);
+
+  EXPECT_EQ(2, root.ConvertTo(1).state);
+  root.ExpectFilesAt({{"A", "A"}, {"B", "B"}, {"C", "C"}}, false);
+  EXPECT_FALSE(test::Exists(root.dir_.path() + "/main/Work"));
+  EXPECT_FALSE(test::Exists(root.dir_.path() + "/main/Shared"));
+}
+
+TEST(UpgradeStepsTest, AnInterruptedViewStepCompletesAndAClashGetsANumberedName) {
+  LayoutRoot root;
+  // A earlier run moved A before it stopped; a stray folder holds C's name in its view.
+  test::MakeDir(root.dir_.path() + "/main/Work");
+  ASSERT_EQ(0, std::rename((root.dir_.path() + "/main/A").c_str(), (root.dir_.path() + "/main/Work/A").c_str()));
+  test::MakeDir(root.dir_.path() + "/main/Work/C");
+  const ncUpgradeSummary summary = root.ConvertTo(2);
+  EXPECT_EQ(2, summary.state);
+  EXPECT_EQ(summary.total, summary.done);
+  root.ExpectFilesAt({{"A", "Work/A"}, {"B", "Shared/B"}, {"C", "Work/C (2)"}}, true);
+}
+
+TEST(UpgradeStepsTest, CliShowsTheVersionsItChangedAndRefusesWhatItCannotDo) {
+  test::TempDir dir;
+  const test::CliRun bare = test::Cli("upgrade " + dir.path());
+  EXPECT_EQ(1, bare.status);
+  EXPECT_NE(std::string::npos, bare.output.find("no local state")) << bare.output;
+  EXPECT_FALSE(test::Exists(dir.path() + "/.kestrove.cache"));
+
+  MakeOldRoot(dir, 12);
+  const std::string root = dir.path() + "/main";
+  for (const char* layout : {"7", "abc", "-3", ""})
+    EXPECT_EQ(2, test::Cli("upgrade " + root + " --view " + layout).status);
+  const test::CliRun run = test::Cli("upgrade " + root + " --view 2");
+  EXPECT_EQ(0, run.status) << run.output;
+  EXPECT_NE(std::string::npos, run.output.find("schema version  12 -> 24")) << run.output;
+  EXPECT_NE(std::string::npos, run.output.find("view layout     1 -> 2")) << run.output;
+  EXPECT_NE(std::string::npos, test::Cli("upgrade " + root).output.find("Nothing to change"));
+
+  // Below version 7 the type names come from the command line.
+  test::TempDir old;
+  MakeOldRoot(old, 4);
+  const std::string oldRoot = old.path() + "/main";
+  EXPECT_EQ(2, test::Cli("upgrade " + oldRoot + " --type-name =Document").status);
+  const test::CliRun unnamed = test::Cli("upgrade " + oldRoot);
+  EXPECT_EQ(1, unnamed.status);
+  EXPECT_NE(std::string::npos, unnamed.output.find("--type-name N=NAME")) << unnamed.output;
+  EXPECT_EQ(0, test::Cli("upgrade " + oldRoot + " --type-name 1=Document --type-name 2=Folder").status);
+
+  sqlite3* db = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open((root + "/.kestrove.cache/config.db").c_str(), &db));
+  Exec(db, "update tb_version set versionId = 25");
+  sqlite3_close(db);
+  const test::CliRun tooNew = test::Cli("upgrade " + root);
+  EXPECT_EQ(1, tooNew.status);
+  EXPECT_NE(std::string::npos, tooNew.output.find("schema version 25; only versions 4 to 24")) << tooNew.output;
+}
+
+}  // namespace
