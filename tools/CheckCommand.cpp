@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "CacheCliSupport.h"
 #include "CliCommand.h"
 #include "base/Exception.h"
 #include "docmgr/public/ncIDBMgr.h"
@@ -45,7 +46,7 @@ int Check(CliContext& context, const std::vector<std::string>& args) {
     std::fprintf(stderr, "usage: docmgr-cli check ROOT\n");
     return 2;
   }
-  ncIDocMgr* docMgr = context.openRoot(args[0]);
+  ncIDocMgr* docMgr = context.openRoot(CheckSyncRoot(args[0], true));
   nsCOMPtr<ncIPathMgr> pathMgr = nsCOMPtr<ncIPathMgr>::adopt(docMgr->GetPathMgr(u""));
   const std::string data = Narrow(pathMgr->GetDBPath());
   int damaged = 0;

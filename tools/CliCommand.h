@@ -28,5 +28,9 @@ class CliRegistry {
 #define CLI_COMMAND(name, usage, summary, function) \
   static CliRegistry::Add CLI_CONCAT(cliCommand, __LINE__)(CliCommand{name, usage, summary, function})
 
+// Prints "usage: docmgr-cli NAME USAGE" from the command table; returns 2, the exit code of a
+// usage error.
+int UsageError(const std::string& name);
+
 // Runs another subcommand, as the demo does.
 int RunCommand(CliContext& context, const std::string& name, const std::vector<std::string>& args);

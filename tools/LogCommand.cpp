@@ -1,10 +1,9 @@
 // log ROOT [--type N] [--page N] [--size N]: the sync log of a sync root, newest first, one
 // page per log type.
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstdlib>
 
+#include "CacheCliSupport.h"
 #include "CliCommand.h"
 #include "docmgr/public/ncILogMgr.h"
 
@@ -110,13 +109,7 @@ int Log(CliContext& context, const std::vector<std::string>& args) {
     std::fprintf(stderr, "%s", kUsage);
     return 2;
   }
-  struct stat info;
-  if (::stat(root.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
-    std::fprintf(stderr, "docmgr-cli: log: no such folder: %s\n", root.c_str());
-    return 1;
-  }
-
-  nsCOMPtr<ncILogMgr> log = nsCOMPtr<ncILogMgr>::adopt(context.openRoot(root)->GetLogMgr());
+  nsCOMPtr<ncILogMgr> log = nsCOMPtr<ncILogMgr>::adopt(context.openRoot(CheckSyncRoot(root, true))->GetLogMgr());
   std::vector<Page> pages;
   if (oneType) {
     pages.push_back(ReadPage(log.get(), static_cast<int>(logType), page, size));

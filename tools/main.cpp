@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <string>
@@ -31,6 +32,12 @@ int RunCommand(CliContext& context, const std::string& name, const std::vector<s
   return command->run(context, args);
 }
 
+int UsageError(const std::string& name) {
+  const CliCommand* command = CliRegistry::find(name);
+  if (command) std::fprintf(stderr, "usage: docmgr-cli %s %s\n", command->name, command->usage);
+  return 2;
+}
+
 namespace {
 
 void PrintUsage() {
@@ -41,16 +48,37 @@ void PrintUsage() {
   }
 }
 
+// The options every command takes, wherever they stand; false on a malformed --timeout.
+bool TakeGlobalOptions(int argc, char** argv, CliContext& context, int& timeoutSeconds, std::vector<std::string>& args) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if (arg == "--json") {
+      context.json = true;
+    } else if (arg == "--quiet") {
+      context.quiet = true;
+    } else if (arg == "--timeout") {
+      char* end = nullptr;
+      const long seconds = i + 1 < argc ? std::strtol(argv[i + 1], &end, 10) : 0;
+      if (i + 1 >= argc || *end != 0 || seconds < 1 || seconds > 86400) return false;
+      timeoutSeconds = static_cast<int>(seconds);
+      ++i;
+    } else {
+      args.push_back(arg);
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   CliContext context;
   context.quiet = !::isatty(STDERR_FILENO);
   std::vector<std::string> args;
-  for (int i = 1; i < argc; ++i) {
-    if (std::strcmp(argv[i], "--json") == 0) context.json = true;
-    else if (std::strcmp(argv[i], "--quiet") == 0) context.quiet = true;
-    else args.push_back(argv[i]);
+  int timeoutSeconds = 0;
+  if (!TakeGlobalOptions(argc, argv, context, timeoutSeconds, args)) {
+    std::fprintf(stderr, "docmgr-cli: --timeout needs a number of seconds (1 to 86400)\n");
+    return 2;
   }
   if (args.empty() || args[0] == "help" || args[0] == "--help" || args[0] == "-h") {
     PrintUsage();
@@ -59,6 +87,7 @@ int main(int argc, char** argv) {
   const std::string name = args[0];
   args.erase(args.begin());
   try {
+    context.watchLocks(timeoutSeconds);
     context.loadModule(argv[0]);
     const int status = RunCommand(context, name, args);
     context.closeRoot();
