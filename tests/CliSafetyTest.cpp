@@ -114,6 +114,14 @@ TEST(CliSafetyTest, ReadOnlyCommandsCreateNothingAndReadDataTheyCannotWrite) {
     EXPECT_EQ(0, run.status) << line << "\n" << run.output;
   }
   EXPECT_FALSE(test::Exists(root + "/.kestrove.cache/cache.db-shm"));
+
+  // check goes on past a database it cannot read.
+  if (::geteuid() != 0) return;
+  ::chmod((root + "/.kestrove.cache/msg.db").c_str(), 0600);
+  const CliRun check = CliAsUser("check " + Quoted(root));
+  EXPECT_EQ(1, check.status);
+  EXPECT_TRUE(Has(check.output, "msg.db       unreadable: Permission denied")) << check.output;
+  EXPECT_TRUE(Has(check.output, "nonius.db    ok")) << check.output;
 }
 
 TEST(CliSafetyTest, AnUnreadableFolderKeepsItsRecordsAndTheFirstScanWaitsForTheWholeTree) {

@@ -34,7 +34,7 @@ TEST(CliTest, InitShowsTheDataDirectoryAndCheckReportsUnsoundDatabases) {
   test::WriteFile(dir.path() + "/.kestrove.cache/junk.db", std::string(4096, 'x'));
   check = Cli("check " + dir.path());
   EXPECT_EQ(1, check.status) << check.output;
-  EXPECT_NE(std::string::npos, check.output.find("junk.db      Execute sql failed")) << check.output;
+  EXPECT_NE(std::string::npos, check.output.find("junk.db      corrupt")) << check.output;
 }
 
 TEST(CliTest, ScanTagsAndRecordsFilesSkipsIgnoredNamesAndTheOtherCommandsFindThem) {

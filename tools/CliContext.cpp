@@ -43,6 +43,12 @@ ncIDocMgr* CliContext::openRoot(const std::string& root) {
   return docMgr_.get();
 }
 
+ncIDocMgr* CliContext::bareDocMgr() {
+  if (!bareDocMgr_) bareDocMgr_ = host_.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
+  if (!bareDocMgr_) throw std::runtime_error("the module did not create the document manager");
+  return bareDocMgr_.get();
+}
+
 void CliContext::watchLocks(int timeoutSeconds) { lockWatch_.reset(new LockWatch(timeoutSeconds, json)); }
 
 void CliContext::closeRoot() {

@@ -22,6 +22,8 @@ class CliContext {
   // A document manager opened on root (log and messages in the same root).
   ncIDocMgr* openRoot(const std::string& root);
   void closeRoot();
+  // A document manager that opens nothing, for the database wrappers it creates.
+  ncIDocMgr* bareDocMgr();
   nsHostLoader& host() { return host_; }
 
   // Starts the watcher that reports waits on locked databases (see LockWatch).
@@ -34,6 +36,7 @@ class CliContext {
   std::unique_ptr<LockWatch> lockWatch_;
   nsHostLoader host_;
   nsCOMPtr<ncIDocMgr> docMgr_;
+  nsCOMPtr<ncIDocMgr> bareDocMgr_;
   std::string openedRoot_;
 };
 
