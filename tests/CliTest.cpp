@@ -97,7 +97,7 @@ TEST(CliTest, DemoResumesAnUploadAndTheLogReadsBack) {
   EXPECT_GE(total, 5);
   ASSERT_EQ(2u, entries.size());
   EXPECT_EQ(total - 2, entries[0].as_object().at("id").as_integer());
-  EXPECT_EQ("项目\\会议纪要.docx", entries[0].as_object().at("relPath").as_string());
+  EXPECT_EQ("项目/会议纪要.docx", entries[0].as_object().at("relPath").as_string());
 
   EXPECT_EQ(2, Cli("log '" + root + "' --type x 2>/dev/null").status);
   EXPECT_EQ(1, Cli("log '" + root + "' --type 0 --page 9 2>/dev/null").status);

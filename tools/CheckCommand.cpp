@@ -11,6 +11,7 @@
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
 #include "OsError.h"
+#include "Translation.h"
 #include "base/Exception.h"
 #include "docmgr/public/ncIDBMgr.h"
 
@@ -25,7 +26,7 @@ struct DatabaseState {
 std::vector<std::string> DatabaseFiles(const std::string& directory) {
   std::vector<std::string> files;
   std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(directory.c_str()), ::closedir);
-  if (!dir) throw std::runtime_error("cannot read " + directory + ": " + OsErrorFromErrno(errno).text);
+  if (!dir) throw CliError(Tr("cannot read") + (" " + Printable(directory)) + ": " + OsErrorFromErrno(errno).text);
   while (const struct dirent* entry = ::readdir(dir.get())) {
     const std::string name = entry->d_name;
     if (name.size() > 3 && name.compare(name.size() - 3, 3, ".db") == 0) files.push_back(name);
@@ -65,7 +66,7 @@ DatabaseState CheckDatabase(ncIDocMgr* docMgr, const std::string& directory, con
 }
 
 int Check(CliContext& context, const std::vector<std::string>& args) {
-  if (args.size() != 1) return UsageError("check");
+  if (args.size() != 1) UsageError("check");
   const std::string data = CheckSyncRoot(args[0], true) + "/" + kDataDirectoryName;
   ncIDocMgr* docMgr = context.bareDocMgr();
   std::vector<DatabaseState> states;
@@ -80,7 +81,8 @@ int Check(CliContext& context, const std::vector<std::string>& args) {
     json.endArray().endObject().print();
   } else {
     for (const DatabaseState& s : states)
-      std::printf("%-12s %s%s%s\n", s.name.c_str(), s.status.c_str(), s.problem.empty() ? "" : ": ", s.problem.c_str());
+      std::printf("%-12s %s%s%s\n", Printable(s.name).c_str(), Tr(s.status.c_str()), s.problem.empty() ? "" : ": ",
+                  Printable(s.problem).c_str());
   }
   return allOk ? 0 : 1;
 }

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "Translation.h"
 #include "base/Path.h"
 
 namespace {
@@ -28,7 +29,8 @@ CliContext::~CliContext() { closeRoot(); }
 void CliContext::loadModule(const std::string& toolPath) {
   const char* configured = std::getenv("KESTROVE_MODULE");
   const std::string file = configured ? configured : ModuleBeside(toolPath);
-  if (NS_FAILED(host_.loadModule(file))) throw std::runtime_error("cannot load the module: " + host_.lastError());
+  if (NS_FAILED(host_.loadModule(file))) throw std::runtime_error(Tr("cannot load the module:") + (" " + host_.lastError()));
+  LoadTranslations(file);
 }
 
 ncIDocMgr* CliContext::openRoot(const std::string& root) {

@@ -10,7 +10,9 @@
 
 #include "CacheDemo.h"
 #include "CliCommand.h"
+#include "Display.h"
 #include "JournalDemo.h"
+#include "Translation.h"
 
 namespace {
 
@@ -27,12 +29,12 @@ void MakeSampleTree(const std::string& root) {
 std::string WhyNotHere(const std::string& dir) {
   struct stat info;
   if (::lstat(dir.c_str(), &info) != 0) return errno == ENOENT ? "" : std::strerror(errno);
-  if (!S_ISDIR(info.st_mode)) return "it exists and is not a folder";
+  if (!S_ISDIR(info.st_mode)) return Tr("it exists and is not a folder");
   std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(dir.c_str()), ::closedir);
   if (!folder) return std::strerror(errno);
   while (const dirent* entry = ::readdir(folder.get())) {
     const std::string name = entry->d_name;
-    if (name != "." && name != "..") return "the folder is not empty";
+    if (name != "." && name != "..") return Tr("the folder is not empty");
   }
   return "";
 }
@@ -40,17 +42,12 @@ std::string WhyNotHere(const std::string& dir) {
 void Step(const std::string& title) { std::printf("\n== %s\n", title.c_str()); }
 
 int Demo(CliContext& context, const std::vector<std::string>& args) {
-  if (args.size() != 1) {
-    std::fprintf(stderr, "usage: docmgr-cli demo DIR\n");
-    return 2;
-  }
+  if (args.size() != 1) UsageError("demo");
   const std::string root = AbsolutePath(args[0]);
   const std::string refusal = WhyNotHere(root);
-  if (!refusal.empty()) {
-    std::fprintf(stderr, "docmgr-cli: demo: will not build a sample root in %s: %s (give a new or empty folder)\n",
-                 root.c_str(), refusal.c_str());
-    return 1;
-  }
+  if (!refusal.empty())
+    throw CliError(Tr("demo: will not build a sample root in") + (" " + Printable(root)) + ": " + refusal + " (" +
+                   Tr("give a new or empty folder") + ")");
   std::printf("Building a sample sync root in %s\n", root.c_str());
   MakeSampleTree(root);
   Step("docmgr-cli init " + root);

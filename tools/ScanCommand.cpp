@@ -18,6 +18,7 @@
 #include "CliCommand.h"
 #include "ProgressBar.h"
 #include "ScanCollector.h"
+#include "Translation.h"
 #include "docmgr/public/ncIADSMgr.h"
 #include "docmgr/public/ncILogMgr.h"
 
@@ -25,8 +26,8 @@ namespace {
 
 // The sync log the scan writes its events to, and its task codes.
 const int kScanLogType = 0;
-const int32_t kTaskRecorded = 1;
-const int32_t kTaskRemoved = 2;
+const int32_t kTaskRecorded = kTaskRecordedLocally;
+const int32_t kTaskRemoved = kTaskRecordRemoved;
 
 // Kept in the data directory once a first scan has recorded the whole tree. Until it exists
 // every scan is a first scan, so an interrupted or partly failed first scan does not leave
@@ -156,8 +157,9 @@ void RecordAll(const ScanStores& stores, const ScanCollection& found, const Scan
     RecordEntry(stores, entry, options, folderIds, random, tally);
     for (size_t i = failuresBefore; i < tally.failures.size(); ++i) {
       const ScanFailure& failure = tally.failures[i];
-      std::fprintf(stderr, "%sdocmgr-cli: scan: could not %s %s: %s\n", quiet ? "" : "\n", failure.what.c_str(),
-                   failure.path.c_str(), failure.error.text.c_str());
+      std::fprintf(stderr, "%sdocmgr-cli: scan: %s %s: %s\n", quiet ? "" : "\n",
+                   failure.what == "tag" ? Tr("could not tag") : Tr("could not record"), Printable(failure.path).c_str(),
+                   failure.error.text.c_str());
     }
     progress.advance();
   }
@@ -190,7 +192,8 @@ void PruneVanished(const ScanStores& stores, const ScanCollection& found, const 
         stores.cache->Delete(relPath, false);
         RecordEvent(stores.log, kTaskRemoved, relPath, child.second.isDir, child.second.size, now);
       }
-      if (options.verbose) std::printf("removed: %s (%zu %s)\n", ShownRelPath(relPath).c_str(), rows, rows == 1 ? "record" : "records");
+      if (options.verbose)
+        std::printf("%s %s (%s)\n", Tr("removed:"), ShownRelPath(relPath).c_str(), Counted(rows, "record", "records").c_str());
       tally.removed += rows;
       ++tally.removedTops;
     }
@@ -216,31 +219,30 @@ void ReportJson(const ScanOptions& options, const ScanCollection& found, const S
   json.endArray().endObject().print();
 }
 
-const char* Plural(size_t count, const char* one, const char* many) { return count == 1 ? one : many; }
-
 void ReportText(const ScanOptions& options, const ScanCollection& found, const ScanTally& tally) {
   if (options.verbose)
-    for (const ScanSkipped& item : found.skipped) std::printf("skipped: %s (%s)\n", item.path.c_str(), item.reason.c_str());
+    for (const ScanSkipped& item : found.skipped)
+      std::printf("%s %s (%s)\n", Tr("skipped:"), Printable(item.path).c_str(), item.reason.c_str());
   const size_t recorded = tally.folders + tally.files;
-  const char* would = options.dryRun ? "Would record" : "Recorded";
-  std::printf("%s %zu %s (%zu %s, %zu %s) in the cache of %s.\n", would, recorded, Plural(recorded, "item", "items"),
-              tally.folders, Plural(tally.folders, "folder", "folders"), tally.files,
-              Plural(tally.files, "file", "files"), options.root.c_str());
-  std::printf("%s %zu %s with %s document %s; skipped %zu %s%s.\n", options.dryRun ? "Would tag" : "Tagged",
-              tally.tagged, Plural(tally.tagged, "file", "files"), Plural(tally.tagged, "its", "their"),
-              Plural(tally.tagged, "id", "ids"), found.skipped.size(), Plural(found.skipped.size(), "item", "items"),
-              options.verbose || found.skipped.empty() ? "" : " (-v lists them)");
+  std::printf("%s %s (%s, %s) %s %s.\n", options.dryRun ? Tr("Would record") : Tr("Recorded"),
+              Counted(recorded, "item", "items").c_str(), Counted(tally.folders, "folder", "folders").c_str(),
+              Counted(tally.files, "file", "files").c_str(), Tr("in the cache of"), Printable(options.root).c_str());
+  std::printf("%s %s %s; %s %s%s.\n", options.dryRun ? Tr("Would tag") : Tr("Tagged"),
+              Counted(tally.tagged, "file", "files").c_str(), Tr("with document ids"), Tr("skipped"),
+              Counted(found.skipped.size(), "item", "items").c_str(),
+              options.verbose || found.skipped.empty() ? "" : Tr(" (-v lists them)"));
   if (tally.baseline) {
-    std::printf("First scan: every item is recorded as synchronised.\n");
+    std::printf("%s\n", Tr("First scan: every item is recorded as synchronised."));
   } else {
-    std::printf("%zu new %s recorded as unsynchronised; %zu %s removed for vanished items.\n", tally.unsynced,
-                Plural(tally.unsynced, "item", "items"), tally.removed, Plural(tally.removed, "record", "records"));
+    std::printf("%s %s; %s %s.\n", Counted(tally.unsynced, "new item", "new items").c_str(),
+                Tr("recorded as unsynchronised"), Counted(tally.removed, "record", "records").c_str(),
+                Tr("removed for vanished items"));
   }
   if (!found.unreadable.empty())
-    std::printf("%zu %s could not be read; %s records were kept.\n", found.unreadable.size(),
-                Plural(found.unreadable.size(), "item", "items"), Plural(found.unreadable.size(), "its", "their"));
+    std::printf("%s %s\n", Counted(found.unreadable.size(), "item", "items").c_str(),
+                Tr("could not be read; the records below them were kept."));
   if (!tally.failures.empty())
-    std::printf("%zu %s failed (listed above).\n", tally.failures.size(), Plural(tally.failures.size(), "item", "items"));
+    std::printf("%s %s\n", Counted(tally.failures.size(), "item", "items").c_str(), Tr("failed (listed above)."));
 }
 
 bool ParseScanArgs(const std::vector<std::string>& args, ScanOptions& options) {
@@ -277,11 +279,11 @@ class ScratchState {
 
 int Scan(CliContext& context, const std::vector<std::string>& args) {
   ScanOptions options;
-  if (!ParseScanArgs(args, options)) return UsageError("scan");
+  if (!ParseScanArgs(args, options)) UsageError("scan");
   options.root = CheckSyncRoot(options.root, false);
   const bool hasState = FileExists(options.root + "/" + kDataDirectoryName);
   ScratchState scratch;
-  if (options.dryRun && !hasState && scratch.path().empty()) throw std::runtime_error("cannot create a scratch folder in /tmp");
+  if (options.dryRun && !hasState && scratch.path().empty()) throw CliError(Tr("cannot create a scratch folder in /tmp"));
   ncIDocMgr* docMgr = context.openRoot(options.dryRun && !hasState ? scratch.path() : options.root);
   nsCOMPtr<ncIPathMgr> pathMgr = MainPathMgr(docMgr);
   nsCOMPtr<ncICacheMgr> cache = MainCacheMgr(docMgr);
@@ -294,8 +296,8 @@ int Scan(CliContext& context, const std::vector<std::string>& args) {
                           [&pathMgr](const std::string& path) { return pathMgr->IsIgnorePath(Wide(path)); });
   const ScanCollection found = collector.collect();
   for (const ScanUnreadable& item : found.unreadable)
-    std::fprintf(stderr, "docmgr-cli: scan: cannot read %s: %s; its records are kept\n", item.path.c_str(),
-                 item.error.text.c_str());
+    std::fprintf(stderr, "docmgr-cli: scan: %s %s: %s; %s\n", Tr("cannot read"), Printable(item.path).c_str(),
+                 item.error.text.c_str(), Tr("its records are kept"));
 
   ScanTally tally;
   tally.baseline = !FileExists(marker);

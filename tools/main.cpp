@@ -10,6 +10,9 @@
 #include <vector>
 
 #include "CliCommand.h"
+#include "CliHelp.h"
+#include "OsError.h"
+#include "Translation.h"
 #include "base/Exception.h"
 
 std::vector<CliCommand>& CliRegistry::commands() {
@@ -23,33 +26,38 @@ const CliCommand* CliRegistry::find(const std::string& name) {
   return nullptr;
 }
 
-int RunCommand(CliContext& context, const std::string& name, const std::vector<std::string>& args) {
+void UsageError(const std::string& name, const std::string& why) {
   const CliCommand* command = CliRegistry::find(name);
-  if (!command) {
-    std::fprintf(stderr, "docmgr-cli: unknown command '%s'\n", name.c_str());
-    return 2;
-  }
-  return command->run(context, args);
+  std::string text = why.empty() ? std::string() : why + "\n";
+  text += std::string(Tr("usage:")) + " docmgr-cli " + name + (command ? std::string(" ") + command->usage : "");
+  throw CliError(text, kExitUsage);
 }
 
-int UsageError(const std::string& name) {
+int RunCommand(CliContext& context, const std::string& name, const std::vector<std::string>& args) {
   const CliCommand* command = CliRegistry::find(name);
-  if (command) std::fprintf(stderr, "usage: docmgr-cli %s %s\n", command->name, command->usage);
-  return 2;
+  if (!command) throw CliError(std::string(Tr("unknown command")) + " '" + name + "' (docmgr-cli help)", kExitUsage);
+  return command->run(context, args);
 }
 
 namespace {
 
-void PrintUsage() {
-  std::printf("usage: docmgr-cli [--json] COMMAND ARGS...\n\ncommands:\n");
-  for (const CliCommand& command : CliRegistry::commands()) {
-    const std::string call = std::string(command.name) + " " + command.usage;
-    std::printf("  %-28s %s\n", call.c_str(), command.summary);
+// Under --json a failure is a JSON object on standard output, so a script reading the
+// output always gets JSON; otherwise one line on standard error.
+void ReportFailure(const CliContext& context, const std::string& message, int exitCode, int componentCode,
+                   const OsError* os) {
+  if (!context.json) {
+    std::fprintf(stderr, "docmgr-cli: %s\n", message.c_str());
+    return;
   }
+  JsonWriter json;
+  json.beginObject().member("error", message).member("exitCode", exitCode);
+  if (componentCode) json.member("code", componentCode);
+  if (os && os->win32Code) json.member("osError", os->text).member("osCode", os->win32Code);
+  json.endObject().print();
 }
 
-// The options every command takes, wherever they stand; false on a malformed --timeout.
-bool TakeGlobalOptions(int argc, char** argv, CliContext& context, int& timeoutSeconds, std::vector<std::string>& args) {
+// The options every command takes, wherever they stand.
+void TakeGlobalOptions(int argc, char** argv, CliContext& context, int& timeoutSeconds, std::vector<std::string>& args) {
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     if (arg == "--json") {
@@ -59,14 +67,36 @@ bool TakeGlobalOptions(int argc, char** argv, CliContext& context, int& timeoutS
     } else if (arg == "--timeout") {
       char* end = nullptr;
       const long seconds = i + 1 < argc ? std::strtol(argv[i + 1], &end, 10) : 0;
-      if (i + 1 >= argc || *end != 0 || seconds < 1 || seconds > 86400) return false;
+      if (i + 1 >= argc || *end != 0 || seconds < 1 || seconds > 86400)
+        throw CliError(Tr("--timeout needs a number of seconds (1 to 86400)"), kExitUsage);
       timeoutSeconds = static_cast<int>(seconds);
       ++i;
     } else {
       args.push_back(arg);
     }
   }
-  return true;
+}
+
+int Run(CliContext& context, int argc, char** argv) {
+  std::vector<std::string> args;
+  int timeoutSeconds = 0;
+  TakeGlobalOptions(argc, argv, context, timeoutSeconds, args);
+  if (args.empty()) {
+    PrintUsage(stderr);
+    return kExitUsage;
+  }
+  if (args[0] == "--version") {
+    std::printf("docmgr-cli %s\n", DOCMGR_VERSION);
+    return kExitOk;
+  }
+  if (args[0] == "help" || args[0] == "--help" || args[0] == "-h") return Help(std::vector<std::string>(args.begin() + 1, args.end()));
+  const std::string name = args[0];
+  args.erase(args.begin());
+  context.watchLocks(timeoutSeconds);
+  context.loadModule(argv[0]);
+  const int status = RunCommand(context, name, args);
+  context.closeRoot();
+  return status;
 }
 
 }  // namespace
@@ -74,28 +104,18 @@ bool TakeGlobalOptions(int argc, char** argv, CliContext& context, int& timeoutS
 int main(int argc, char** argv) {
   CliContext context;
   context.quiet = !::isatty(STDERR_FILENO);
-  std::vector<std::string> args;
-  int timeoutSeconds = 0;
-  if (!TakeGlobalOptions(argc, argv, context, timeoutSeconds, args)) {
-    std::fprintf(stderr, "docmgr-cli: --timeout needs a number of seconds (1 to 86400)\n");
-    return 2;
-  }
-  if (args.empty() || args[0] == "help" || args[0] == "--help" || args[0] == "-h") {
-    PrintUsage();
-    return args.empty() ? 2 : 0;
-  }
-  const std::string name = args[0];
-  args.erase(args.begin());
   try {
-    context.watchLocks(timeoutSeconds);
-    context.loadModule(argv[0]);
-    const int status = RunCommand(context, name, args);
-    context.closeRoot();
-    return status;
+    return Run(context, argc, argv);
+  } catch (const CliError& e) {
+    ReportFailure(context, e.what(), e.exitCode(), 0, nullptr);
+    return e.exitCode();
   } catch (const base::Exception& e) {
-    std::fprintf(stderr, "docmgr-cli: %s (code %d)\n", e.what(), e.getCode());
+    const OsError os = FindOsError(e);
+    std::string message = base::ToUtf8(e.getMessage()) + (os.win32Code ? ": " + os.text : std::string());
+    if (!context.json) message += " (code " + std::to_string(e.getCode()) + ")";
+    ReportFailure(context, message, kExitFailure, e.getCode(), &os);
   } catch (const std::exception& e) {
-    std::fprintf(stderr, "docmgr-cli: %s\n", e.what());
+    ReportFailure(context, e.what(), kExitFailure, 0, nullptr);
   }
-  return 1;
+  return kExitFailure;
 }
