@@ -21,6 +21,7 @@
 #include "Translation.h"
 #include "docmgr/public/ncIADSMgr.h"
 #include "docmgr/public/ncILogMgr.h"
+#include "docmgr/public/ncIStoreBatch.h"
 
 namespace {
 
@@ -102,45 +103,155 @@ base::String RelativeTo(const std::string& root, const std::string& path) {
   return relPath;
 }
 
-// The cache record of one item found on disk; writes nothing on a dry run.
-void RecordEntry(const ScanStores& stores, const ScanEntry& entry, const ScanOptions& options,
-                 std::map<base::String, base::String>& folderIds, std::mt19937_64& random, ScanTally& tally) {
-  const base::String relPath = RelativeTo(options.root, entry.path);
-  ncCacheInfo info;
-  const bool known = stores.cache->GetInfoByPath(relPath, info);
-  if (!known) {
-    const auto parentId = folderIds.find(ParentOf(relPath));
-    info.id = (parentId == folderIds.end() ? base::String(u"gns:/") : parentId->second) + u"/" + NewNodeName(random);
-    info.isDir = entry.isDir;
-    info.state = tally.baseline ? NC_CACHE_STATE_NORMAL : NC_CACHE_STATE_UNSYNC;
-    if (tally.baseline) {
-      info.otag = NewNodeName(random);
-      info.serverMTime = entry.mtime;
+// The cache's rows of the folders the record step has reached, read with one listing per
+// folder instead of one lookup per item. A row is dropped once its item has been seen.
+class FolderListings {
+ public:
+  explicit FolderListings(ncICacheMgr* cache) : cache_(cache) {}
+  // The row of relPath in its folder's listing; false when the cache has none.
+  bool take(const base::String& folder, const base::String& name, ncCacheScanInfo& row) {
+    auto listing = listings_.find(folder);
+    if (listing == listings_.end()) {
+      listing = listings_.emplace(folder, std::map<base::String, ncCacheScanInfo>()).first;
+      cache_->GetScanSubInfos(folder, listing->second);
     }
+    const auto found = listing->second.find(name);
+    if (found == listing->second.end()) return false;
+    row = found->second;
+    listing->second.erase(found);
+    return true;
+  }
+
+ private:
+  ncICacheMgr* cache_;
+  std::map<base::String, std::map<base::String, ncCacheScanInfo>> listings_;
+};
+
+// The record step's writes to the cache and the sync log, grouped into one transaction per
+// store for every kBatchWrites items, so a large tree costs a few hundred commits instead
+// of one per row. What a batch holds is lost together if the scan is cut off; the first-scan
+// marker is written only after the last commit.
+class StoreBatches {
+ public:
+  static const size_t kBatchWrites = 2000;
+
+  StoreBatches(ncICacheMgr* cache, ncILogMgr* log, bool enabled)
+      : cache_(enabled ? do_QueryInterface<ncIStoreBatch>(cache) : nsCOMPtr<ncIStoreBatch>()),
+        log_(enabled ? do_QueryInterface<ncIStoreBatch>(log) : nsCOMPtr<ncIStoreBatch>()) {}
+  ~StoreBatches() {
+    try {
+      if (open_) end(false);
+    } catch (const base::Exception&) {
+      // Rolling back after a failure: the failure itself is what gets reported.
+    }
+  }
+
+  // Counts one write; commits and begins anew when the batch is full.
+  void wrote() {
+    if (!open_) begin();
+    if (++writes_ >= kBatchWrites) end(true);
+  }
+  void commit() {
+    if (open_) end(true);
+  }
+
+ private:
+  void begin() {
+    if (cache_) cache_->BeginBatch();
+    if (log_) log_->BeginBatch();
+    open_ = true;
+  }
+  void end(bool keep) {
+    open_ = false;
+    writes_ = 0;
+    for (ncIStoreBatch* batch : {cache_.get(), log_.get()}) {
+      if (!batch) continue;
+      if (keep) batch->CommitBatch();
+      else batch->RollbackBatch();
+    }
+  }
+
+  nsCOMPtr<ncIStoreBatch> cache_;
+  nsCOMPtr<ncIStoreBatch> log_;
+  bool open_ = false;
+  size_t writes_ = 0;
+};
+
+struct RecordContext {
+  const ScanStores& stores;
+  const ScanOptions& options;
+  FolderListings listings;
+  StoreBatches batches;
+  std::map<base::String, base::String> folderIds;  // relPath -> id
+  std::mt19937_64 random{std::random_device{}()};
+};
+
+// A new row for an item the cache does not know yet.
+ncCacheInfo NewRecord(RecordContext& record, const base::String& parent, const ScanEntry& entry, bool baseline) {
+  ncCacheInfo info;
+  const auto parentId = record.folderIds.find(parent);
+  info.id = (parentId == record.folderIds.end() ? base::String(u"gns:/") : parentId->second) + u"/" +
+            NewNodeName(record.random);
+  info.isDir = entry.isDir;
+  info.state = baseline ? NC_CACHE_STATE_NORMAL : NC_CACHE_STATE_UNSYNC;
+  if (baseline) {
+    info.otag = NewNodeName(record.random);
+    info.serverMTime = entry.mtime;
+  }
+  info.clientMTime = entry.mtime;
+  info.size = entry.size;
+  return info;
+}
+
+// Writes the row of one item when it is new or changed; returns its document id.
+base::String WriteRow(RecordContext& record, const base::String& relPath, const ScanEntry& entry, bool known,
+                      const ncCacheScanInfo& row, ScanTally& tally) {
+  if (known && row.clientMTime == entry.mtime && row.size == entry.size) return row.id;
+  ncCacheInfo info;
+  if (known) {
+    record.stores.cache->GetInfoByPath(relPath, info);
+    info.clientMTime = entry.mtime;
+    info.size = entry.size;
+  } else {
+    info = NewRecord(record, ParentOf(relPath), entry, tally.baseline);
+  }
+  if (record.options.dryRun) return info.id;
+  record.stores.cache->Update(relPath, info);
+  if (!known) RecordEvent(record.stores.log, kTaskRecorded, relPath, entry.isDir, entry.size, entry.mtime / 1000000);
+  record.batches.wrote();
+  return info.id;
+}
+
+// The cache record of one item found on disk, and the tag of a file; writes nothing on a
+// dry run.
+void RecordEntry(RecordContext& record, const ScanEntry& entry, ScanTally& tally) {
+  const base::String relPath = RelativeTo(record.options.root, entry.path);
+  const base::String parent = ParentOf(relPath);
+  ncCacheScanInfo row;
+  const bool known = record.listings.take(parent, parent.empty() ? relPath : relPath.substr(parent.size() + 1), row);
+  if (!known) {
     ++tally.added;
     if (!tally.baseline) ++tally.unsynced;
   }
-  if (entry.isDir) folderIds[relPath] = info.id;
-  entry.isDir ? ++tally.folders : ++tally.files;
-  if (options.dryRun) {
-    if (!entry.isDir) ++tally.tagged;
-    return;
-  }
+  base::String id;
   try {
-    if (!known || info.clientMTime != entry.mtime || info.size != entry.size) {
-      info.clientMTime = entry.mtime;
-      info.size = entry.size;
-      stores.cache->Update(relPath, info);
-      if (!known) RecordEvent(stores.log, kTaskRecorded, relPath, entry.isDir, entry.size, entry.mtime / 1000000);
-    }
+    id = WriteRow(record, relPath, entry, known, row, tally);
   } catch (const base::Exception& e) {
     tally.failures.push_back({entry.path, "record", FindOsError(e)});
     return;
   }
-  if (entry.isDir) return;
+  entry.isDir ? ++tally.folders : ++tally.files;
+  if (entry.isDir) {
+    record.folderIds[relPath] = id;
+    return;
+  }
+  if (record.options.dryRun) {
+    ++tally.tagged;
+    return;
+  }
   // The file carries its document id, so a rename or move outside the client keeps it.
   try {
-    stores.tags->SetDocIdInfo(Wide(entry.path), info.id);
+    record.stores.tags->SetDocIdInfo(Wide(entry.path), id);
     ++tally.tagged;
   } catch (const base::Exception& e) {
     tally.failures.push_back({entry.path, "tag", FindOsError(e)});
@@ -149,12 +260,12 @@ void RecordEntry(const ScanStores& stores, const ScanEntry& entry, const ScanOpt
 
 void RecordAll(const ScanStores& stores, const ScanCollection& found, const ScanOptions& options, bool quiet,
                ScanTally& tally) {
-  std::mt19937_64 random(std::random_device{}());
-  std::map<base::String, base::String> folderIds;  // relPath -> id
-  ProgressBar progress(options.dryRun ? "checking" : "scanning", found.entries.size(), quiet);
+  RecordContext record{stores, options, FolderListings(stores.cache),
+                       StoreBatches(stores.cache, stores.log, !options.dryRun), {}};
+  ProgressBar progress(options.dryRun ? Tr("checking") : Tr("scanning"), found.entries.size(), quiet);
   for (const ScanEntry& entry : found.entries) {
     const size_t failuresBefore = tally.failures.size();
-    RecordEntry(stores, entry, options, folderIds, random, tally);
+    RecordEntry(record, entry, tally);
     for (size_t i = failuresBefore; i < tally.failures.size(); ++i) {
       const ScanFailure& failure = tally.failures[i];
       std::fprintf(stderr, "%sdocmgr-cli: scan: %s %s: %s\n", quiet ? "" : "\n",
@@ -163,6 +274,7 @@ void RecordAll(const ScanStores& stores, const ScanCollection& found, const Scan
     }
     progress.advance();
   }
+  record.batches.commit();
 }
 
 // Rows below relPath, counted down the whole subtree.
