@@ -296,6 +296,7 @@ void PruneVanished(const ScanStores& stores, const ScanCollection& found, const 
     const base::String folderRel = RelativeTo(options.root, folder.first);
     std::map<base::String, ncCacheScanInfo> cached;
     stores.cache->GetScanSubInfos(folderRel, cached);
+    LockWatch::touch();  // comparing is progress too: only a blocked statement is a wait
     for (const auto& child : cached) {
       if (folder.second.count(Narrow(child.first))) continue;
       const base::String relPath = ChildPath(folderRel, child.first);

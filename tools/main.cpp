@@ -56,6 +56,19 @@ void ReportFailure(const CliContext& context, const std::string& message, int ex
   json.endObject().print();
 }
 
+// A failed statement's message carries the whole statement, which can run to hundreds of
+// characters; a person needs what SQLite said, and the start of the statement.
+std::string ShortMessage(const std::string& message) {
+  const std::string sqlPrefix = "Sql: ";
+  const size_t sql = message.find(sqlPrefix);
+  const size_t error = message.rfind(". Error: ");
+  if (sql == std::string::npos || error == std::string::npos || error < sql) return message;
+  const size_t kShownSql = 60;
+  const std::string statement = message.substr(sql + sqlPrefix.size(), error - sql - sqlPrefix.size());
+  return message.substr(error + 9) + " (" + Tr("statement:") + " " +
+         (statement.size() > kShownSql ? statement.substr(0, kShownSql) + "..." : statement) + ")";
+}
+
 // The options every command takes, wherever they stand.
 void TakeGlobalOptions(int argc, char** argv, CliContext& context, int& timeoutSeconds, std::vector<std::string>& args) {
   for (int i = 1; i < argc; ++i) {
@@ -111,7 +124,7 @@ int main(int argc, char** argv) {
     return e.exitCode();
   } catch (const base::Exception& e) {
     const OsError os = FindOsError(e);
-    std::string message = base::ToUtf8(e.getMessage()) + (os.win32Code ? ": " + os.text : std::string());
+    std::string message = ShortMessage(base::ToUtf8(e.getMessage())) + (os.win32Code ? ": " + os.text : std::string());
     if (!context.json) message += " (code " + std::to_string(e.getCode()) + ")";
     ReportFailure(context, message, kExitFailure, e.getCode(), &os);
   } catch (const std::exception& e) {
