@@ -2,8 +2,6 @@
 // sync engine's local scan does, with generated document ids that follow the folders.
 // Four steps: collect (walk the tree), record (cache rows, tags, log), prune (rows of what
 // is gone), report.
-#include <ftw.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,17 +9,20 @@
 #include <ctime>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <random>
 #include <set>
 
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
+#include "FolderListings.h"
 #include "ProgressBar.h"
 #include "ScanCollector.h"
+#include "ScratchState.h"
+#include "StoreBatches.h"
 #include "Translation.h"
 #include "docmgr/public/ncIADSMgr.h"
 #include "docmgr/public/ncILogMgr.h"
-#include "docmgr/public/ncIStoreBatch.h"
 
 namespace {
 
@@ -102,80 +103,6 @@ base::String RelativeTo(const std::string& root, const std::string& path) {
     if (unit == u'/') unit = u'\\';
   return relPath;
 }
-
-// The cache's rows of the folders the record step has reached, read with one listing per
-// folder instead of one lookup per item. A row is dropped once its item has been seen.
-class FolderListings {
- public:
-  explicit FolderListings(ncICacheMgr* cache) : cache_(cache) {}
-  // The row of relPath in its folder's listing; false when the cache has none.
-  bool take(const base::String& folder, const base::String& name, ncCacheScanInfo& row) {
-    auto listing = listings_.find(folder);
-    if (listing == listings_.end()) {
-      listing = listings_.emplace(folder, std::map<base::String, ncCacheScanInfo>()).first;
-      cache_->GetScanSubInfos(folder, listing->second);
-    }
-    const auto found = listing->second.find(name);
-    if (found == listing->second.end()) return false;
-    row = found->second;
-    listing->second.erase(found);
-    return true;
-  }
-
- private:
-  ncICacheMgr* cache_;
-  std::map<base::String, std::map<base::String, ncCacheScanInfo>> listings_;
-};
-
-// The record step's writes to the cache and the sync log, grouped into one transaction per
-// store for every kBatchWrites items, so a large tree costs a few hundred commits instead
-// of one per row. What a batch holds is lost together if the scan is cut off; the first-scan
-// marker is written only after the last commit.
-class StoreBatches {
- public:
-  static const size_t kBatchWrites = 2000;
-
-  StoreBatches(ncICacheMgr* cache, ncILogMgr* log, bool enabled)
-      : cache_(enabled ? do_QueryInterface<ncIStoreBatch>(cache) : nsCOMPtr<ncIStoreBatch>()),
-        log_(enabled ? do_QueryInterface<ncIStoreBatch>(log) : nsCOMPtr<ncIStoreBatch>()) {}
-  ~StoreBatches() {
-    try {
-      if (open_) end(false);
-    } catch (const base::Exception&) {
-      // Rolling back after a failure: the failure itself is what gets reported.
-    }
-  }
-
-  // Counts one write; commits and begins anew when the batch is full.
-  void wrote() {
-    if (!open_) begin();
-    if (++writes_ >= kBatchWrites) end(true);
-  }
-  void commit() {
-    if (open_) end(true);
-  }
-
- private:
-  void begin() {
-    if (cache_) cache_->BeginBatch();
-    if (log_) log_->BeginBatch();
-    open_ = true;
-  }
-  void end(bool keep) {
-    open_ = false;
-    writes_ = 0;
-    for (ncIStoreBatch* batch : {cache_.get(), log_.get()}) {
-      if (!batch) continue;
-      if (keep) batch->CommitBatch();
-      else batch->RollbackBatch();
-    }
-  }
-
-  nsCOMPtr<ncIStoreBatch> cache_;
-  nsCOMPtr<ncIStoreBatch> log_;
-  bool open_ = false;
-  size_t writes_ = 0;
-};
 
 struct RecordContext {
   const ScanStores& stores;
@@ -369,35 +296,13 @@ bool ParseScanArgs(const std::vector<std::string>& args, ScanOptions& options) {
   return !options.root.empty();
 }
 
-// A throwaway local state for a dry run on a root that has none: the ignore rules and an
-// empty cache without writing anything into the tree.
-class ScratchState {
- public:
-  ScratchState() {
-    char pattern[] = "/tmp/docmgr-cli-dry-run.XXXXXX";
-    if (::mkdtemp(pattern)) path_ = pattern;
-  }
-  ~ScratchState() {
-    if (!path_.empty()) RemoveTree(path_);
-  }
-  const std::string& path() const { return path_; }
-
- private:
-  static void RemoveTree(const std::string& path) {
-    ::nftw(path.c_str(), [](const char* item, const struct stat*, int, struct FTW*) { return ::remove(item); }, 16,
-           FTW_DEPTH | FTW_PHYS);
-  }
-  std::string path_;
-};
-
 int Scan(CliContext& context, const std::vector<std::string>& args) {
   ScanOptions options;
   if (!ParseScanArgs(args, options)) UsageError("scan");
   options.root = CheckSyncRoot(options.root, false);
   const bool hasState = FileExists(options.root + "/" + kDataDirectoryName);
-  ScratchState scratch;
-  if (options.dryRun && !hasState && scratch.path().empty()) throw CliError(Tr("cannot create a scratch folder in /tmp"));
-  ncIDocMgr* docMgr = context.openRoot(options.dryRun && !hasState ? scratch.path() : options.root);
+  std::unique_ptr<ScratchState> scratch(options.dryRun && !hasState ? new ScratchState : nullptr);
+  ncIDocMgr* docMgr = context.openRoot(scratch ? scratch->path() : options.root);
   nsCOMPtr<ncIPathMgr> pathMgr = MainPathMgr(docMgr);
   nsCOMPtr<ncICacheMgr> cache = MainCacheMgr(docMgr);
   nsCOMPtr<ncIADSMgr> tags = nsCOMPtr<ncIADSMgr>::adopt(docMgr->GetADSMgr());
@@ -415,7 +320,7 @@ int Scan(CliContext& context, const std::vector<std::string>& args) {
   ScanTally tally;
   tally.baseline = !FileExists(marker);
   RecordAll(stores, found, options, context.quiet, tally);
-  if (!(options.dryRun && !hasState)) PruneVanished(stores, found, options, tally);
+  if (!scratch) PruneVanished(stores, found, options, tally);
   const bool complete = found.unreadable.empty() &&
                         std::none_of(tally.failures.begin(), tally.failures.end(),
                                      [](const ScanFailure& f) { return f.what == "record"; });
