@@ -149,9 +149,10 @@ TEST(CliSafetyTest, AnUnreadableFolderKeepsItsRecordsAndTheFirstScanWaitsForTheW
 
   // Later: a folder that cannot be read is not an empty one.
   ::chmod((root + "/closed").c_str(), 0);
-  scan = CliAsUser("scan " + Quoted(root));
+  scan = CliAsUser("scan -v " + Quoted(root));
   EXPECT_EQ(1, scan.status) << scan.output;
   EXPECT_TRUE(Has(scan.output, "0 records removed")) << scan.output;
+  EXPECT_TRUE(Has(scan.output, "unreadable: " + root + "/closed (Permission denied")) << scan.output;
   ::chmod((root + "/closed").c_str(), 0755);
   EXPECT_EQ(1u, ListedCount(root, "closed"));
   EXPECT_EQ(1u, ListedCount(root, "closed/inner"));

@@ -1,5 +1,7 @@
 #include "CliHelp.h"
 
+#include <algorithm>
+
 #include "CliCommand.h"
 #include "Translation.h"
 
@@ -13,6 +15,15 @@ const char kGlobalOptions[] =
     "(the component waits up to 300 s)";
 
 const char kExitCodes[] = "0: done; 1: the work failed or found a problem; 2: the command line is wrong";
+
+// The commands by name: the registry holds them in the order the sources happened to load.
+std::vector<const CliCommand*> SortedCommands() {
+  std::vector<const CliCommand*> sorted;
+  for (const CliCommand& command : CliRegistry::commands()) sorted.push_back(&command);
+  std::sort(sorted.begin(), sorted.end(),
+            [](const CliCommand* a, const CliCommand* b) { return std::string(a->name) < b->name; });
+  return sorted;
+}
 
 // Text for troff: a leading "." or "'" and backslashes would be read as requests.
 std::string Troff(const std::string& text) {
@@ -30,8 +41,8 @@ void PrintManPage() {
   std::printf(".SH NAME\ndocmgr\\-cli \\- see and drive the local state of a sync root\n");
   std::printf(".SH SYNOPSIS\n.B docmgr\\-cli\n[\\-\\-json] [\\-\\-quiet] [\\-\\-timeout SECONDS] COMMAND ARGS...\n");
   std::printf(".SH COMMANDS\n");
-  for (const CliCommand& command : CliRegistry::commands())
-    std::printf(".TP\n.B %s %s\n%s\n", command.name, Troff(command.usage).c_str(), Troff(command.summary).c_str());
+  for (const CliCommand* command : SortedCommands())
+    std::printf(".TP\n.B %s %s\n%s\n", command->name, Troff(command->usage).c_str(), Troff(command->summary).c_str());
   std::printf(".SH OPTIONS\n");
   std::string options = kGlobalOptions;
   for (size_t begin = 0; begin < options.size();) {
@@ -49,11 +60,19 @@ void PrintManPage() {
 void PrintUsage(FILE* out) {
   std::fprintf(out, "%s docmgr-cli [--json] [--quiet] [--timeout SECONDS] COMMAND ARGS...\n\n%s\n", Tr("usage:"),
                Tr("commands:"));
-  for (const CliCommand& command : CliRegistry::commands()) {
-    const std::string call = std::string(command.name) + " " + command.usage;
-    std::fprintf(out, "  %-28s %s\n", call.c_str(), Tr(command.summary));
+  for (const CliCommand* command : SortedCommands()) {
+    const std::string call = std::string(command->name) + " " + command->usage;
+    if (call.size() > 28) std::fprintf(out, "  %s\n  %-28s %s\n", call.c_str(), "", Tr(command->summary));
+    else std::fprintf(out, "  %-28s %s\n", call.c_str(), Tr(command->summary));
   }
-  std::fprintf(out, "\n%s\n%s\n\n%s %s\n", Tr("options:"), Tr(kGlobalOptions), Tr("exit codes:"), Tr(kExitCodes));
+  std::fprintf(out, "\n%s\n", Tr("options:"));
+  const std::string options = Tr(kGlobalOptions);
+  for (size_t begin = 0; begin < options.size();) {
+    const size_t end = std::min(options.find('\n', begin), options.size());
+    std::fprintf(out, "  %s\n", options.substr(begin, end - begin).c_str());
+    begin = end + 1;
+  }
+  std::fprintf(out, "\n%s %s\n", Tr("exit codes:"), Tr(kExitCodes));
 }
 
 int Help(const std::vector<std::string>& args) {

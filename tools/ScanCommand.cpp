@@ -260,9 +260,13 @@ void ReportJson(const ScanOptions& options, const ScanCollection& found, const S
 }
 
 void ReportText(const ScanOptions& options, const ScanCollection& found, const ScanTally& tally) {
-  if (options.verbose)
+  if (options.verbose) {
     for (const ScanSkipped& item : found.skipped)
       std::printf("%s %s (%s)\n", Tr("skipped:"), Printable(item.path).c_str(), item.reason.c_str());
+    for (const ScanUnreadable& item : found.unreadable)
+      std::printf("%s %s (%s; %s)\n", Tr("unreadable:"), Printable(item.path).c_str(), item.error.text.c_str(),
+                  Tr("its records are kept"));
+  }
   const size_t recorded = tally.folders + tally.files;
   std::printf("%s %s (%s, %s) %s %s.\n", options.dryRun ? Tr("Would record") : Tr("Recorded"),
               Counted(recorded, "item", "items").c_str(), Counted(tally.folders, "folder", "folders").c_str(),
