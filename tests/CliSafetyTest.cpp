@@ -6,7 +6,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <string>
+#include <thread>
 
 #include "TestSupport.h"
 #include "dataapi/ncJson.h"
@@ -249,9 +251,20 @@ TEST(CliSafetyTest, AWaitOnALockedDatabaseIsReportedAndEndsAtTheTimeout) {
   EXPECT_TRUE(Has(scan.output, "waiting for cache.db: locked by another process")) << scan.output;
   EXPECT_TRUE(Has(scan.output, "gave up waiting for cache.db")) << scan.output;
 
+  // A lock that goes away: the notice, then the scan carries on and leaves sound databases.
+  ASSERT_EQ(SQLITE_OK, sqlite3_open((dir.path() + "/.kestrove.cache/cache.db").c_str(), &other));
+  ASSERT_EQ(SQLITE_OK, sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr));
+  std::thread release([other] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+  });
   const CliRun after = Cli("scan " + Quoted(dir.path()));
+  release.join();
+  sqlite3_close(other);
   EXPECT_EQ(0, after.status) << after.output;
+  EXPECT_TRUE(Has(after.output, "waiting for cache.db: locked by another process")) << after.output;
   EXPECT_TRUE(Has(after.output, "1 new item recorded")) << after.output;
+  EXPECT_EQ(0, Cli("check " + Quoted(dir.path())).status);
 }
 
 }  // namespace

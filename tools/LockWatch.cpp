@@ -16,23 +16,28 @@ std::atomic<Clock::rep> lastProgress{Clock::now().time_since_epoch().count()};
 
 const char* const kDatabases[] = {"cache.db", "nonius.db", "log.db", "msg.db", "config.db"};
 
+}  // namespace
+
 // SQLite's lock bytes: in the shared-memory file of a WAL database the write, checkpoint
 // and recovery locks (offsets 120-122); in the database file the pending and reserved bytes.
-bool HeldByOther(const std::string& file, off_t start, off_t length, long& pid) {
-  const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return false;
+bool LockWatch::heldByOther(const std::string& file, off_t start, off_t length, long& pid) {
+  // Closing any descriptor of a file drops every POSIX lock this process holds on it,
+  // SQLite's included, so the descriptors stay open until the watcher ends.
+  auto fd = descriptors_.find(file);
+  if (fd == descriptors_.end()) {
+    const int opened = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (opened < 0) return false;
+    fd = descriptors_.emplace(file, opened).first;
+  }
   struct flock probe = {};
   probe.l_type = F_WRLCK;
   probe.l_whence = SEEK_SET;
   probe.l_start = start;
   probe.l_len = length;
-  const bool held = ::fcntl(fd, F_GETLK, &probe) == 0 && probe.l_type != F_UNLCK;
-  ::close(fd);
+  const bool held = ::fcntl(fd->second, F_GETLK, &probe) == 0 && probe.l_type != F_UNLCK;
   if (held) pid = static_cast<long>(probe.l_pid);
   return held;
 }
-
-}  // namespace
 
 LockWatch::LockWatch(int timeoutSeconds, bool json) : timeoutSeconds_(timeoutSeconds), json_(json) {
   thread_ = std::thread(&LockWatch::run, this);
@@ -45,6 +50,7 @@ LockWatch::~LockWatch() {
   }
   wake_.notify_all();
   thread_.join();
+  for (const auto& fd : descriptors_) ::close(fd.second);
 }
 
 void LockWatch::watch(const std::string& dataDirectory) {
@@ -58,7 +64,7 @@ void LockWatch::touch() { lastProgress = Clock::now().time_since_epoch().count()
 std::string LockWatch::lockedDatabase(long& pid) {
   for (const char* name : kDatabases) {
     const std::string file = dataDirectory_ + "/" + name;
-    if (HeldByOther(file + "-shm", 120, 3, pid) || HeldByOther(file, 0x40000000, 2, pid)) return name;
+    if (heldByOther(file + "-shm", 120, 3, pid) || heldByOther(file, 0x40000000, 2, pid)) return name;
   }
   return std::string();
 }

@@ -10,8 +10,11 @@
 // transaction was open when the database is next opened, so nothing is half-written.
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <condition_variable>
+#include <map>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -34,6 +37,7 @@ class LockWatch {
   // The database of the watched directory another process holds locked ("" for none), and
   // that process's id.
   std::string lockedDatabase(long& pid);
+  bool heldByOther(const std::string& file, off_t start, off_t length, long& pid);
   void report(const std::string& database, long pid, int waitedSeconds);
 
   const int timeoutSeconds_;
@@ -42,5 +46,6 @@ class LockWatch {
   std::condition_variable wake_;
   bool stopping_ = false;
   std::string dataDirectory_;
+  std::map<std::string, int> descriptors_;  // file -> descriptor, open for the watcher's life
   std::thread thread_;
 };
