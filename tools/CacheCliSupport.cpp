@@ -62,10 +62,14 @@ nsCOMPtr<ncICacheMgr> MainCacheMgr(ncIDocMgr* docMgr) {
 }
 
 base::String StoredRelPath(const std::string& text) {
-  base::String relPath = Wide(text);
+  std::string slashed = text;
+  for (auto& c : slashed)
+    if (c == '\\') c = '/';
+  // ".", ".." and doubled separators go as in any path; ".." never climbs above the root.
+  base::String relPath = Wide(NormalPath("/" + slashed).substr(1));
   for (auto& unit : relPath)
     if (unit == u'/') unit = u'\\';
-  return base::Trim(relPath, u'\\');
+  return relPath;
 }
 
 std::string SlashedPath(const base::String& relPath) {
