@@ -5,6 +5,10 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "CliCommand.h"
+#include "Display.h"
+#include "Translation.h"
+
 const char kDataDirectoryName[] = ".kestrove.cache";
 
 namespace {
@@ -32,9 +36,9 @@ size_t DisplayWidth(const std::string& text) {
 
 std::string CheckSyncRoot(const std::string& root, bool requireState) {
   const std::string path = AbsolutePath(root);
-  if (!IsFolder(path)) throw std::runtime_error(path + " is not a folder");
+  if (!IsFolder(path)) throw CliError(Printable(path) + ": " + Tr("no such folder"));
   if (requireState && !IsFolder(path + "/" + kDataDirectoryName))
-    throw std::runtime_error(path + " has no local state yet (run: docmgr-cli scan " + root + ")");
+    throw CliError(Printable(path) + ": " + Tr("no local state here (no .kestrove.cache); nothing was created"));
   return path;
 }
 
@@ -58,40 +62,32 @@ nsCOMPtr<ncICacheMgr> MainCacheMgr(ncIDocMgr* docMgr) {
 }
 
 base::String StoredRelPath(const std::string& text) {
-  base::String relPath = Wide(text);
+  std::string slashed = text;
+  for (auto& c : slashed)
+    if (c == '\\') c = '/';
+  // ".", ".." and doubled separators go as in any path; ".." never climbs above the root.
+  base::String relPath = Wide(NormalPath("/" + slashed).substr(1));
   for (auto& unit : relPath)
     if (unit == u'/') unit = u'\\';
-  return base::Trim(relPath, u'\\');
+  return relPath;
 }
 
-std::string ShownRelPath(const base::String& relPath) {
+std::string SlashedPath(const base::String& relPath) {
   std::string shown = Narrow(relPath);
   for (auto& c : shown)
     if (c == '\\') c = '/';
   return shown;
 }
 
+std::string ShownRelPath(const base::String& relPath) { return Printable(SlashedPath(relPath)); }
+
 std::string StateText(int32_t state) {
   switch (state) {
-    case NC_CACHE_STATE_NORMAL: return "synced";
-    case NC_CACHE_STATE_DELAY: return "delayed";
-    case NC_CACHE_STATE_UNSYNC: return "unsynced";
-    default: return "state " + std::to_string(state);
+    case NC_CACHE_STATE_NORMAL: return Tr("synced");
+    case NC_CACHE_STATE_DELAY: return Tr("delayed");
+    case NC_CACHE_STATE_UNSYNC: return Tr("unsynced");
+    default: return Tr("state") + (" " + std::to_string(state));
   }
-}
-
-std::string SizeText(int64_t size) {
-  if (size < 10 * 1024) return std::to_string(size) + " B";
-  const char* units[] = {"KiB", "MiB", "GiB", "TiB"};
-  double value = static_cast<double>(size) / 1024;
-  int unit = 0;
-  while (value >= 1024 && unit < 3) {
-    value /= 1024;
-    ++unit;
-  }
-  char text[32];
-  std::snprintf(text, sizeof text, "%.1f %s", value, units[unit]);
-  return text;
 }
 
 std::string Pad(const std::string& text, size_t width) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "CliContext.h"
+#include "Display.h"
 #include "docmgr/public/ncICacheMgr.h"
 #include "docmgr/public/ncIPathMgr.h"
 
@@ -24,12 +25,12 @@ nsCOMPtr<ncICacheMgr> MainCacheMgr(ncIDocMgr* docMgr);
 
 // A relative path as typed ("a/b", "a\b", "/a/b/") in the stored form ("a\b").
 base::String StoredRelPath(const std::string& text);
-// "a\b" shown with the platform's separator.
+// "a\b" shown as "a/b", control characters escaped.
 std::string ShownRelPath(const base::String& relPath);
+// "a\b" as "a/b", as JSON output carries it.
+std::string SlashedPath(const base::String& relPath);
 
 // The word for a cache state (synced, delayed, unsynced) or its number.
 std::string StateText(int32_t state);
-// A size for tables: bytes below 10 KiB, else KiB/MiB/GiB with one decimal.
-std::string SizeText(int64_t size);
 // Text padded with blanks to a display width (CJK characters count two columns).
 std::string Pad(const std::string& text, size_t width);

@@ -1,21 +1,32 @@
-// check ROOT: open every database of a sync root's data directory through the module and
-// run SQLite's integrity check on it.
+// check ROOT: run SQLite's integrity check on every database of a sync root's data
+// directory, each on its own connection, so one damaged or locked database does not hide
+// the state of the others.
 #include <dirent.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 
+#include "CacheCliSupport.h"
 #include "CliCommand.h"
+#include "OsError.h"
+#include "Translation.h"
 #include "base/Exception.h"
 #include "docmgr/public/ncIDBMgr.h"
-#include "docmgr/public/ncIPathMgr.h"
 
 namespace {
+
+struct DatabaseState {
+  std::string name;
+  std::string status;   // ok, busy, corrupt, unreadable
+  std::string problem;  // what SQLite or the OS said; empty when ok
+};
 
 std::vector<std::string> DatabaseFiles(const std::string& directory) {
   std::vector<std::string> files;
   std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(directory.c_str()), ::closedir);
-  if (!dir) return files;
+  if (!dir) throw CliError(Tr("cannot read") + (" " + Printable(directory)) + ": " + OsErrorFromErrno(errno).text);
   while (const struct dirent* entry = ::readdir(dir.get())) {
     const std::string name = entry->d_name;
     if (name.size() > 3 && name.compare(name.size() - 3, 3, ".db") == 0) files.push_back(name);
@@ -24,8 +35,19 @@ std::vector<std::string> DatabaseFiles(const std::string& directory) {
   return files;
 }
 
-// Empty when the database is sound, else what is wrong with it.
-std::string CheckDatabase(ncIDocMgr* docMgr, const std::string& file) {
+bool Mentions(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
+
+std::string Classify(const std::string& problem) {
+  if (Mentions(problem, "locked") || Mentions(problem, "busy")) return "busy";
+  if (Mentions(problem, "unable to open") || Mentions(problem, "Open database failed") ||
+      Mentions(problem, "disk I/O error") || Mentions(problem, "authorization"))
+    return "unreadable";
+  return "corrupt";
+}
+
+DatabaseState CheckDatabase(ncIDocMgr* docMgr, const std::string& directory, const std::string& name) {
+  const std::string file = directory + "/" + name;
+  if (::access(file.c_str(), R_OK) != 0) return {name, "unreadable", OsErrorFromErrno(errno).text};
   try {
     ncIDBMgr* db = docMgr->CreateDBMgr();
     db->Open(Wide(file));
@@ -33,37 +55,38 @@ std::string CheckDatabase(ncIDocMgr* docMgr, const std::string& file) {
     // statement fail (integer overflow), a sound one returns no row.
     db->ExecuteSql(u"select abs(-9223372036854775808) from pragma_integrity_check where integrity_check <> 'ok'");
     db->Close();
-    return std::string();
+    return {name, "ok", std::string()};
   } catch (const base::Exception& e) {
-    const std::string why = e.what();
-    return why.find("integer overflow") != std::string::npos ? "integrity check failed" : why;
+    std::string why = e.what();
+    const size_t sqliteSaid = why.rfind(". Error: ");
+    if (sqliteSaid != std::string::npos) why = why.substr(sqliteSaid + 9);  // the statement is ours, not news
+    if (Mentions(why, "integer overflow")) return {name, "corrupt", "the integrity check found damage"};
+    return {name, Classify(why), why};
   }
 }
 
 int Check(CliContext& context, const std::vector<std::string>& args) {
-  if (args.size() != 1) {
-    std::fprintf(stderr, "usage: docmgr-cli check ROOT\n");
-    return 2;
+  if (args.size() != 1) UsageError("check");
+  const std::string data = CheckSyncRoot(args[0], true) + "/" + kDataDirectoryName;
+  ncIDocMgr* docMgr = context.bareDocMgr();
+  std::vector<DatabaseState> states;
+  for (const std::string& name : DatabaseFiles(data)) states.push_back(CheckDatabase(docMgr, data, name));
+  const bool allOk =
+      std::all_of(states.begin(), states.end(), [](const DatabaseState& s) { return s.status == "ok"; });
+  if (context.json) {
+    JsonWriter json;
+    json.beginObject().member("ok", allOk).key("databases").beginArray();
+    for (const DatabaseState& s : states)
+      json.beginObject().member("database", s.name).member("status", s.status).member("problem", s.problem).endObject();
+    json.endArray().endObject().print();
+  } else {
+    for (const DatabaseState& s : states)
+      std::printf("%-12s %s%s%s\n", Printable(s.name).c_str(), Tr(s.status.c_str()), s.problem.empty() ? "" : ": ",
+                  Printable(s.problem).c_str());
   }
-  ncIDocMgr* docMgr = context.openRoot(args[0]);
-  nsCOMPtr<ncIPathMgr> pathMgr = nsCOMPtr<ncIPathMgr>::adopt(docMgr->GetPathMgr(u""));
-  const std::string data = Narrow(pathMgr->GetDBPath());
-  int damaged = 0;
-  std::string json;
-  for (const std::string& name : DatabaseFiles(data)) {
-    const std::string problem = CheckDatabase(docMgr, data + "/" + name);
-    if (!problem.empty()) ++damaged;
-    if (context.json) {
-      json += std::string(json.empty() ? "" : ", ") + "{\"database\": " + JsonText(name) +
-              ", \"ok\": " + (problem.empty() ? "true" : "false") + ", \"problem\": " + JsonText(problem) + "}";
-    } else {
-      std::printf("%-12s %s\n", name.c_str(), problem.empty() ? "ok" : problem.c_str());
-    }
-  }
-  if (context.json) std::printf("[%s]\n", json.c_str());
-  return damaged ? 1 : 0;
+  return allOk ? 0 : 1;
 }
 
-CLI_COMMAND("check", "ROOT", "check the integrity of every database of a sync root", Check);
+CLI_COMMAND("check", "ROOT", "check every database of a sync root: ok, busy, corrupt or unreadable", Check);
 
 }  // namespace

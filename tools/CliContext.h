@@ -2,8 +2,11 @@
 // libdocmgr, output options, and a document manager opened on a sync root.
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "JsonWriter.h"
+#include "LockWatch.h"
 #include "base/String.h"
 #include "docmgr/public/ncIDocMgr.h"
 #include "xpcom/nsCOMPtr.h"
@@ -19,20 +22,28 @@ class CliContext {
   // A document manager opened on root (log and messages in the same root).
   ncIDocMgr* openRoot(const std::string& root);
   void closeRoot();
+  // A document manager that opens nothing, for the database wrappers it creates.
+  ncIDocMgr* bareDocMgr();
   nsHostLoader& host() { return host_; }
+
+  // Starts the watcher that reports waits on locked databases (see LockWatch).
+  void watchLocks(int timeoutSeconds);
 
   bool json = false;
   bool quiet = false;  // no progress bars (set when the output is not a terminal)
 
  private:
+  std::unique_ptr<LockWatch> lockWatch_;
   nsHostLoader host_;
   nsCOMPtr<ncIDocMgr> docMgr_;
+  nsCOMPtr<ncIDocMgr> bareDocMgr_;
   std::string openedRoot_;
 };
 
-// An absolute path from a command-line argument.
+// An absolute path from a command-line argument, relative ones taken from the current
+// folder, without ".", ".." or repeated separators. ".." is resolved by the text, as a
+// shell's "cd -L" does, so a symbolic link in the path does not change which root is meant.
 std::string AbsolutePath(const std::string& path);
+std::string NormalPath(const std::string& path);
 base::String Wide(const std::string& text);
 std::string Narrow(const base::String& text);
-// A JSON string literal.
-std::string JsonText(const std::string& text);

@@ -1,22 +1,13 @@
 // info PATH: the cache record of a file or folder, found through the sync root above it.
-#include <ctime>
-
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
+#include "Translation.h"
 #include "docmgr/public/ncIADSMgr.h"
 
 namespace {
 
 // Microseconds since 1970 as local time.
-std::string TimeText(int64_t microseconds) {
-  if (microseconds <= 0) return "-";
-  const time_t seconds = static_cast<time_t>(microseconds / 1000000);
-  struct tm local;
-  char text[32];
-  if (!::localtime_r(&seconds, &local) || !std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local))
-    return std::to_string(microseconds);
-  return text;
-}
+std::string TimeText(int64_t microseconds) { return LocalTimeText(microseconds / 1000000); }
 
 // The tags a file or folder carries itself; absent ones are left out.
 struct Tags {
@@ -36,78 +27,73 @@ Tags ReadTags(ncIDocMgr* docMgr, const base::String& path) {
   return tags;
 }
 
-std::string TagsJson(const Tags& tags) {
-  std::string json = "{";
-  auto add = [&json](const std::string& member) { json += (json.size() > 1 ? ", " : "") + member; };
-  if (tags.hasDocId) add("\"docId\": " + JsonText(Narrow(tags.docId)));
-  if (tags.hasDelay) add("\"isDelay\": " + std::to_string(tags.delay));
-  if (tags.hasVrType) add("\"vrType\": " + std::to_string(tags.vrType));
-  if (tags.hasStatus) add("\"status\": " + std::to_string(tags.status));
-  if (tags.hasErrMark) add("\"errMark\": true");
-  return json + "}";
+void TagsJson(JsonWriter& json, const Tags& tags) {
+  json.beginObject();
+  if (tags.hasDocId) json.member("docId", Narrow(tags.docId));
+  if (tags.hasDelay) json.member("isDelay", tags.delay);
+  if (tags.hasVrType) json.member("vrType", tags.vrType);
+  if (tags.hasStatus) json.member("status", tags.status);
+  if (tags.hasErrMark) json.member("errMark", true);
+  json.endObject();
 }
 
 void PrintTags(const Tags& tags) {
   const bool any = tags.hasDocId || tags.hasDelay || tags.hasVrType || tags.hasStatus || tags.hasErrMark;
   std::printf(any ? "tags:\n" : "tags:          none\n");
-  if (tags.hasDocId) std::printf("  docId:       %s\n", Narrow(tags.docId).c_str());
+  if (tags.hasDocId) std::printf("  docId:       %s\n", Printable(Narrow(tags.docId)).c_str());
   if (tags.hasDelay) std::printf("  isDelay:     %lld\n", static_cast<long long>(tags.delay));
   if (tags.hasVrType) std::printf("  vrType:      %lld\n", static_cast<long long>(tags.vrType));
   if (tags.hasStatus) std::printf("  status:      %lld\n", static_cast<long long>(tags.status));
   if (tags.hasErrMark) std::printf("  errMark:     set\n");
 }
 
+void PrintJson(const std::string& root, const base::String& relPath, const ncCacheInfo& info, const Tags& tags) {
+  JsonWriter json;
+  json.beginObject().member("root", root).member("relPath", SlashedPath(relPath)).member("id", Narrow(info.id));
+  json.member("otag", Narrow(info.otag)).member("isDir", info.isDir).member("state", info.state);
+  json.member("stateName", StateText(info.state)).member("type", info.type).member("typeName", Narrow(info.typeName));
+  json.member("viewType", info.viewType).member("viewName", Narrow(info.viewName));
+  json.member("serverMTime", info.serverMTime).member("clientMTime", info.clientMTime).member("size", info.size);
+  json.member("attr", info.attr).member("errcode", info.errcode).member("execTask", info.execTask);
+  json.member("watermark", info.watermark).key("tags");
+  TagsJson(json, tags);
+  json.endObject().print();
+}
+
 int Info(CliContext& context, const std::vector<std::string>& args) {
-  if (args.size() != 1) {
-    std::fprintf(stderr, "usage: docmgr-cli info PATH\n");
-    return 2;
-  }
+  if (args.size() != 1) UsageError("info");
   const std::string path = AbsolutePath(args[0]);
   const std::string root = FindSyncRoot(path);
-  if (root.empty()) {
-    std::fprintf(stderr, "docmgr-cli: %s is not inside a sync root (no %s above it)\n", path.c_str(),
-                 kDataDirectoryName);
-    return 1;
-  }
+  if (root.empty())
+    throw CliError(Printable(path) + ": " + Tr("not inside a sync root (no .kestrove.cache above it)"));
   ncIDocMgr* docMgr = context.openRoot(root);
-  const base::String relPath = MainPathMgr(docMgr)->GetRelativePath(Wide(path));
+  const base::String relPath = path == root ? base::String() : MainPathMgr(docMgr)->GetRelativePath(Wide(path));
   nsCOMPtr<ncICacheMgr> cache = MainCacheMgr(docMgr);
   ncCacheInfo info;
-  if (relPath.empty() || !cache->GetInfoByPath(relPath, info)) {
-    std::fprintf(stderr, "docmgr-cli: no cache record for %s in %s\n", path.c_str(), root.c_str());
-    return 1;
-  }
+  if (relPath.empty() || !cache->GetInfoByPath(relPath, info))
+    throw CliError(Printable(path) + ": " + Tr("no cache record in") + " " + Printable(root));
   const std::string rel = ShownRelPath(relPath);
   const Tags tags = ReadTags(docMgr, Wide(path));
   if (context.json) {
-    std::printf("{\"root\": %s, \"relPath\": %s, \"id\": %s, \"otag\": %s, \"isDir\": %s, \"state\": %d, "
-                "\"type\": %d, \"typeName\": %s, \"viewType\": %d, \"viewName\": %s, \"serverMTime\": %lld, "
-                "\"clientMTime\": %lld, \"size\": %lld, \"attr\": %d, \"errcode\": %d, \"execTask\": %d, "
-                "\"watermark\": %d, \"tags\": %s}\n",
-                JsonText(root).c_str(), JsonText(rel).c_str(), JsonText(Narrow(info.id)).c_str(),
-                JsonText(Narrow(info.otag)).c_str(), info.isDir ? "true" : "false", info.state, info.type,
-                JsonText(Narrow(info.typeName)).c_str(), info.viewType, JsonText(Narrow(info.viewName)).c_str(),
-                static_cast<long long>(info.serverMTime), static_cast<long long>(info.clientMTime),
-                static_cast<long long>(info.size), info.attr, info.errcode, info.execTask, info.watermark,
-                TagsJson(tags).c_str());
-    return 0;
+    PrintJson(root, relPath, info, tags);
+    return kExitOk;
   }
-  std::printf("sync root:     %s\n", root.c_str());
+  std::printf("sync root:     %s\n", Printable(root).c_str());
   std::printf("relative path: %s\n", rel.c_str());
   std::printf("kind:          %s\n", info.isDir ? "folder" : "file");
-  std::printf("document id:   %s\n", Narrow(info.id).c_str());
-  std::printf("version tag:   %s\n", info.otag.empty() ? "-" : Narrow(info.otag).c_str());
+  std::printf("document id:   %s\n", Printable(Narrow(info.id)).c_str());
+  std::printf("version tag:   %s\n", info.otag.empty() ? "-" : Printable(Narrow(info.otag)).c_str());
   std::printf("state:         %s\n", StateText(info.state).c_str());
   if (!info.isDir) std::printf("size:          %s (%lld bytes)\n", SizeText(info.size).c_str(), static_cast<long long>(info.size));
   std::printf("local time:    %s\n", TimeText(info.clientMTime).c_str());
   std::printf("server time:   %s\n", TimeText(info.serverMTime).c_str());
-  std::printf("type:          %d%s%s\n", info.type, info.typeName.empty() ? "" : " ", Narrow(info.typeName).c_str());
-  if (!info.viewName.empty()) std::printf("view:          %s (%d)\n", Narrow(info.viewName).c_str(), info.viewType);
+  std::printf("type:          %d%s%s\n", info.type, info.typeName.empty() ? "" : " ", Printable(Narrow(info.typeName)).c_str());
+  if (!info.viewName.empty()) std::printf("view:          %s (%d)\n", Printable(Narrow(info.viewName)).c_str(), info.viewType);
   std::printf("attributes:    0x%X%s\n", static_cast<unsigned>(info.attr), info.attr & NC_CACHE_ATTR_LOCKED ? " (locked)" : "");
   std::printf("error code:    %d\n", info.errcode);
   std::printf("task running:  %s\n", info.execTask ? "yes" : "no");
   PrintTags(tags);
-  return 0;
+  return kExitOk;
 }
 
 CLI_COMMAND("info", "PATH", "show the cache record and the tags of a file or folder inside a sync root", Info);

@@ -1,26 +1,25 @@
 // init ROOT: open the local state of a sync root and show where it lives.
+#include "CacheCliSupport.h"
 #include "CliCommand.h"
+#include "Translation.h"
 #include "docmgr/public/ncIPathMgr.h"
 
 namespace {
 
 int Init(CliContext& context, const std::vector<std::string>& args) {
-  if (args.size() != 1) {
-    std::fprintf(stderr, "usage: docmgr-cli init ROOT\n");
-    return 2;
-  }
-  ncIDocMgr* docMgr = context.openRoot(args[0]);
+  if (args.size() != 1) UsageError("init");
+  ncIDocMgr* docMgr = context.openRoot(CheckSyncRoot(args[0], false));
   nsCOMPtr<ncIPathMgr> pathMgr = nsCOMPtr<ncIPathMgr>::adopt(docMgr->GetPathMgr(u""));
   const std::string root = Narrow(pathMgr->GetRootPath());
   const std::string data = Narrow(pathMgr->GetDBPath());
   const std::string unsync = Narrow(pathMgr->GetUnsyncDocPath());
   if (context.json) {
-    std::printf("{\"root\": %s, \"dataDirectory\": %s, \"unsyncDocuments\": %s}\n", JsonText(root).c_str(),
-                JsonText(data).c_str(), JsonText(unsync).c_str());
+    JsonWriter().beginObject().member("root", root).member("dataDirectory", data).member("unsyncDocuments", unsync)
+        .endObject().print();
   } else {
-    std::printf("root:                      %s\n", root.c_str());
-    std::printf("data directory:            %s\n", data.c_str());
-    std::printf("unsynchronised documents:  %s\n", unsync.c_str());
+    std::printf("%s  %s\n", Pad(Tr("root:"), 26).c_str(), Printable(root).c_str());
+    std::printf("%s  %s\n", Pad(Tr("data directory:"), 26).c_str(), Printable(data).c_str());
+    std::printf("%s  %s\n", Pad(Tr("unsynchronised documents:"), 26).c_str(), Printable(unsync).c_str());
   }
   return 0;
 }

@@ -1,16 +1,14 @@
 // log ROOT [--type N] [--page N] [--size N]: the sync log of a sync root, newest first, one
 // page per log type.
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstdlib>
 
+#include "CacheCliSupport.h"
 #include "CliCommand.h"
+#include "Translation.h"
 #include "docmgr/public/ncILogMgr.h"
 
 namespace {
-
-const char kUsage[] = "usage: docmgr-cli log ROOT [--type N] [--page N] [--size N]\n";
 
 // The log types that carry a counter; without --type each of them is shown.
 const int kCountedLogTypes = 4;
@@ -46,38 +44,38 @@ Page ReadPage(ncILogMgr* log, int logType, uint32_t page, uint32_t size) {
 }
 
 void PrintJson(const std::vector<Page>& pages, uint32_t page, uint32_t size) {
-  std::printf("{\"page\": %u, \"pageSize\": %u, \"logs\": [", page, size);
-  for (size_t i = 0; i < pages.size(); ++i) {
-    const Page& p = pages[i];
-    std::printf("%s\n  {\"type\": %d, \"total\": %u, \"entries\": [", i ? "," : "", p.logType, p.total);
-    for (size_t j = 0; j < p.entries.size(); ++j) {
-      const ncSyncLogInfo& e = p.entries[j];
-      std::printf("%s\n    {\"id\": %lld, \"taskType\": %d, \"relPath\": %s, \"newName\": %s, \"size\": %lld, "
-                  "\"time\": %lld, \"remark\": %s}",
-                  j ? "," : "", static_cast<long long>(e.id), e.taskType, JsonText(Narrow(e.relPath)).c_str(),
-                  JsonText(Narrow(e.newName)).c_str(), static_cast<long long>(e.size),
-                  static_cast<long long>(e.time), JsonText(Narrow(e.remark)).c_str());
+  JsonWriter json;
+  json.beginObject().member("page", page).member("pageSize", size).key("logs").beginArray();
+  for (const Page& p : pages) {
+    json.beginObject().member("type", p.logType).member("typeName", LogTypeName(p.logType)).member("total", p.total);
+    json.key("entries").beginArray();
+    for (const ncSyncLogInfo& e : p.entries) {
+      json.beginObject().member("id", e.id).member("taskType", e.taskType).member("taskName", TaskName(e.taskType));
+      json.member("relPath", SlashedPath(e.relPath)).member("newName", Narrow(e.newName)).member("size", e.size);
+      json.member("time", e.time * 1000000).member("remark", Narrow(e.remark)).endObject();
     }
-    std::printf("]}");
+    json.endArray().endObject();
   }
-  std::printf("]}\n");
+  json.endArray().endObject().print();
 }
 
 void PrintTable(const Page& p, uint32_t page, uint32_t size) {
   if (p.total == 0) {
-    std::printf("log type %d: no entries\n", p.logType);
+    std::printf("%s: %s\n", LogTypeName(p.logType).c_str(), Tr("no entries"));
     return;
   }
   const uint32_t pages = (p.total + size - 1) / size;
-  std::printf("log type %d: %u entries, page %u of %u, newest first\n", p.logType, p.total, page, pages);
+  std::printf("%s: %s, %s %u / %u, %s\n", LogTypeName(p.logType).c_str(), Counted(p.total, "entry", "entries").c_str(),
+              Tr("page"), page, pages, Tr("newest first"));
   if (p.entries.empty()) return;
-  std::printf("  %8s  %4s  %14s  %12s  %s\n", "ID", "TASK", "TIME", "SIZE", "PATH");
+  std::printf("  %8s  %s  %s  %12s  %s\n", "ID", Pad(Tr("TASK"), 14).c_str(), Pad(Tr("TIME"), 19).c_str(), Tr("SIZE"),
+              Tr("PATH"));
   for (const ncSyncLogInfo& e : p.entries) {
-    std::string path = Narrow(e.relPath);
-    if (!e.newName.empty()) path += " -> " + Narrow(e.newName);
-    if (!e.remark.empty()) path += "  (" + Narrow(e.remark) + ")";
-    std::printf("  %8lld  %4d  %14lld  %12lld  %s\n", static_cast<long long>(e.id), e.taskType,
-                static_cast<long long>(e.time), static_cast<long long>(e.size), path.c_str());
+    std::string path = ShownRelPath(e.relPath);
+    if (!e.newName.empty()) path += " -> " + Printable(Narrow(e.newName));
+    if (!e.remark.empty()) path += "  (" + Printable(Narrow(e.remark)) + ")";
+    std::printf("  %8lld  %s  %s  %12s  %s\n", static_cast<long long>(e.id), Pad(TaskName(e.taskType), 14).c_str(),
+                Pad(LocalTimeText(e.time), 19).c_str(), SizeText(e.size).c_str(), path.c_str());
   }
 }
 
@@ -90,41 +88,24 @@ int Log(CliContext& context, const std::vector<std::string>& args) {
     if (arg == "--type" || arg == "--page" || arg == "--size") {
       long* target = arg == "--type" ? &logType : arg == "--page" ? &page : &size;
       const long minimum = arg == "--type" ? -0x7FFFFFFF : 1;
-      if (i + 1 >= args.size() || !ReadNumber(args[i + 1], minimum, *target)) {
-        std::fprintf(stderr, "docmgr-cli: log: %s needs a %snumber\n", arg.c_str(), minimum == 1 ? "positive " : "");
-        return 2;
-      }
+      if (i + 1 >= args.size() || !ReadNumber(args[i + 1], minimum, *target))
+        UsageError("log", arg + " " + (minimum == 1 ? Tr("needs a positive number") : Tr("needs a number")));
       oneType = oneType || arg == "--type";
       ++i;
-    } else if (!arg.empty() && arg[0] == '-') {
-      std::fprintf(stderr, "docmgr-cli: log: unknown option '%s'\n%s", arg.c_str(), kUsage);
-      return 2;
-    } else if (root.empty()) {
-      root = arg;
+    } else if ((!arg.empty() && arg[0] == '-') || !root.empty()) {
+      UsageError("log", Tr("unexpected argument") + (" '" + arg + "'"));
     } else {
-      std::fprintf(stderr, "%s", kUsage);
-      return 2;
+      root = arg;
     }
   }
-  if (root.empty()) {
-    std::fprintf(stderr, "%s", kUsage);
-    return 2;
-  }
-  struct stat info;
-  if (::stat(root.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
-    std::fprintf(stderr, "docmgr-cli: log: no such folder: %s\n", root.c_str());
-    return 1;
-  }
+  if (root.empty()) UsageError("log");
 
-  nsCOMPtr<ncILogMgr> log = nsCOMPtr<ncILogMgr>::adopt(context.openRoot(root)->GetLogMgr());
+  nsCOMPtr<ncILogMgr> log = nsCOMPtr<ncILogMgr>::adopt(context.openRoot(CheckSyncRoot(root, true))->GetLogMgr());
   std::vector<Page> pages;
   if (oneType) {
     pages.push_back(ReadPage(log.get(), static_cast<int>(logType), page, size));
-    if (pages.back().total > 0 && pages.back().entries.empty()) {
-      std::fprintf(stderr, "docmgr-cli: log: page %ld is past the end (%u entries of type %ld)\n", page,
-                   pages.back().total, logType);
-      return 1;
-    }
+    if (pages.back().total > 0 && pages.back().entries.empty())
+      throw CliError(Tr("log: the page is past the end:") + (" " + Counted(pages.back().total, "entry", "entries")));
   } else {
     for (int type = 0; type < kCountedLogTypes; ++type) pages.push_back(ReadPage(log.get(), type, page, size));
   }
@@ -133,9 +114,9 @@ int Log(CliContext& context, const std::vector<std::string>& args) {
   } else {
     for (const Page& p : pages) PrintTable(p, page, size);
   }
-  return 0;
+  return kExitOk;
 }
 
-CLI_COMMAND("log", "ROOT [--type N]", "the sync log, newest first (--page N, --size N)", Log);
+CLI_COMMAND("log", "ROOT [--type N] [--page N] [--size N]", "the sync log, newest first, with names for log types and tasks", Log);
 
 }  // namespace

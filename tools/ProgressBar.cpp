@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "LockWatch.h"
+
 ProgressBar::ProgressBar(const std::string& label, size_t total, bool quiet)
     : label_(label), total_(total), quiet_(quiet) {
   draw();
@@ -11,6 +13,7 @@ ProgressBar::~ProgressBar() { finish(); }
 
 void ProgressBar::advance(size_t steps) {
   done_ += steps;
+  LockWatch::touch();
   draw();
 }
 

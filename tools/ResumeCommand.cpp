@@ -1,25 +1,12 @@
 // resume ROOT: the resume records of interrupted uploads and downloads of a sync root, with
 // what each still has to transfer.
-#include <sys/stat.h>
-
+#include "CacheCliSupport.h"
 #include "CliCommand.h"
+#include "Translation.h"
 #include "base/Exception.h"
 #include "docmgr/public/ncIRelayMgr.h"
 
 namespace {
-
-std::string Bytes(int64_t bytes) {
-  const char* units[] = {"B", "KB", "MB", "GB", "TB"};
-  double value = static_cast<double>(bytes);
-  int unit = 0;
-  while ((value >= 1024 || value <= -1024) && unit < 4) {
-    value /= 1024;
-    ++unit;
-  }
-  char text[32];
-  std::snprintf(text, sizeof text, unit ? "%.1f %s" : "%.0f %s", value, units[unit]);
-  return text;
-}
 
 // What an upload's block list says is left.
 struct BlocksLeft {
@@ -41,82 +28,74 @@ BlocksLeft CountBlocks(ncIRelayMgr* relay, const base::String& list) {
 }
 
 std::string Describe(const BlocksLeft& left) {
-  if (!left.readable) return "unreadable list";
-  if (!left.known) return "not started";
+  if (!left.readable) return Tr("unreadable list");
+  if (!left.known) return Tr("not started");
   std::string text = std::to_string(left.count);
-  if (left.open) text += " + open range";
+  if (left.open) text += std::string(" + ") + Tr("open range");
   return text;
 }
 
 void PrintJson(ncIRelayMgr* relay, const std::vector<ncUploadNonius>& uploads,
                const std::vector<ncDownloadNonius>& downloads) {
-  std::printf("{\"uploads\": [");
-  for (size_t i = 0; i < uploads.size(); ++i) {
-    const ncUploadNonius& u = uploads[i];
+  JsonWriter json;
+  json.beginObject().key("uploads").beginArray();
+  for (const ncUploadNonius& u : uploads) {
     const BlocksLeft left = CountBlocks(relay, u.unUploadBlocks);
-    std::printf("%s\n  {\"srcPath\": %s, \"destPath\": %s, \"status\": %d, \"ratios\": %.4f, \"size\": %lld, "
-                "\"partSize\": %lld, \"unUploadBlocks\": %s, \"blocksLeft\": ",
-                i ? "," : "", JsonText(Narrow(u.srcPath)).c_str(), JsonText(Narrow(u.destPath)).c_str(), u.status,
-                u.ratios, static_cast<long long>(u.size), static_cast<long long>(u.partSize),
-                JsonText(Narrow(u.unUploadBlocks)).c_str());
-    if (left.known && left.readable) std::printf("%u", left.count);
-    else std::printf("null");
-    std::printf(", \"openRange\": %s}", left.open ? "true" : "false");
+    json.beginObject().member("srcPath", Narrow(u.srcPath)).member("destPath", Narrow(u.destPath));
+    json.member("status", u.status).member("statusName", TransferStatusName(u.status)).member("ratios", u.ratios);
+    json.member("size", u.size).member("partSize", u.partSize).member("unUploadBlocks", Narrow(u.unUploadBlocks));
+    json.key("blocksLeft");
+    if (left.known && left.readable) json.value(left.count);
+    else json.null();
+    json.member("openRange", left.open).endObject();
   }
-  std::printf("],\n\"downloads\": [");
-  for (size_t i = 0; i < downloads.size(); ++i) {
-    const ncDownloadNonius& d = downloads[i];
-    std::printf("%s\n  {\"srcPath\": %s, \"destPath\": %s, \"status\": %d, \"ratios\": %.4f, \"size\": %lld, "
-                "\"range\": %lld, \"bytesLeft\": %lld}",
-                i ? "," : "", JsonText(Narrow(d.srcPath)).c_str(), JsonText(Narrow(d.destPath)).c_str(), d.status,
-                d.ratios, static_cast<long long>(d.size), static_cast<long long>(d.range),
-                static_cast<long long>(d.size > d.range ? d.size - d.range : 0));
+  json.endArray().key("downloads").beginArray();
+  for (const ncDownloadNonius& d : downloads) {
+    json.beginObject().member("srcPath", Narrow(d.srcPath)).member("destPath", Narrow(d.destPath));
+    json.member("status", d.status).member("statusName", TransferStatusName(d.status)).member("ratios", d.ratios);
+    json.member("size", d.size).member("range", d.range).member("bytesLeft", d.size > d.range ? d.size - d.range : 0);
+    json.endObject();
   }
-  std::printf("]}\n");
+  json.endArray().endObject().print();
 }
 
 void PrintTables(ncIRelayMgr* relay, const std::vector<ncUploadNonius>& uploads,
                  const std::vector<ncDownloadNonius>& downloads) {
   if (uploads.empty() && downloads.empty()) {
-    std::printf("no interrupted transfers\n");
+    std::printf("%s\n", Tr("no interrupted transfers"));
     return;
   }
-  std::printf("uploads: %zu\n", uploads.size());
-  if (!uploads.empty()) std::printf("  %6s  %6s  %-18s  %10s  %s\n", "STATUS", "DONE", "BLOCKS LEFT", "SIZE", "FILE");
+  const std::string header = "  " + Pad(Tr("STATUS"), 12) + "  " + Pad(Tr("DONE"), 6) + "  ";
+  std::printf("%s\n", Counted(uploads.size(), "upload", "uploads").c_str());
+  if (!uploads.empty())
+    std::printf("%s%s  %s  %s\n", header.c_str(), Pad(Tr("BLOCKS LEFT"), 18).c_str(), Pad(Tr("SIZE"), 10).c_str(), Tr("FILE"));
   for (const ncUploadNonius& u : uploads) {
-    std::printf("  %6d  %5.1f%%  %-18s  %10s  %s\n", u.status, u.ratios * 100,
-                Describe(CountBlocks(relay, u.unUploadBlocks)).c_str(), Bytes(u.size).c_str(),
-                Narrow(u.srcPath).c_str());
-    if (!u.unUploadBlocks.empty()) std::printf("  %42s blocks %s\n", "", Narrow(u.unUploadBlocks).c_str());
+    std::printf("  %s  %5.1f%%  %s  %s  %s\n", Pad(TransferStatusName(u.status), 12).c_str(), u.ratios * 100,
+                Pad(Describe(CountBlocks(relay, u.unUploadBlocks)), 18).c_str(), Pad(SizeText(u.size), 10).c_str(),
+                Printable(Narrow(u.srcPath)).c_str());
+    if (!u.unUploadBlocks.empty())
+      std::printf("  %42s %s %s\n", "", Tr("blocks"), Printable(Narrow(u.unUploadBlocks)).c_str());
   }
-  std::printf("downloads: %zu\n", downloads.size());
+  std::printf("%s\n", Counted(downloads.size(), "download", "downloads").c_str());
   if (!downloads.empty())
-    std::printf("  %6s  %6s  %-18s  %10s  %s\n", "STATUS", "DONE", "LEFT", "SIZE", "FILE");
+    std::printf("%s%s  %s  %s\n", header.c_str(), Pad(Tr("LEFT"), 18).c_str(), Pad(Tr("SIZE"), 10).c_str(), Tr("FILE"));
   for (const ncDownloadNonius& d : downloads) {
-    std::printf("  %6d  %5.1f%%  %-18s  %10s  %s\n", d.status, d.ratios * 100,
-                Bytes(d.size > d.range ? d.size - d.range : 0).c_str(), Bytes(d.size).c_str(),
-                Narrow(d.srcPath).c_str());
+    std::printf("  %s  %5.1f%%  %s  %s  %s\n", Pad(TransferStatusName(d.status), 12).c_str(), d.ratios * 100,
+                Pad(SizeText(d.size > d.range ? d.size - d.range : 0), 18).c_str(), Pad(SizeText(d.size), 10).c_str(),
+                Printable(Narrow(d.srcPath)).c_str());
   }
 }
 
 int Resume(CliContext& context, const std::vector<std::string>& args) {
-  if (args.size() != 1 || args[0].empty() || args[0][0] == '-') {
-    std::fprintf(stderr, "usage: docmgr-cli resume ROOT\n");
-    return 2;
-  }
-  struct stat info;
-  if (::stat(args[0].c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
-    std::fprintf(stderr, "docmgr-cli: resume: no such folder: %s\n", args[0].c_str());
-    return 1;
-  }
-  nsCOMPtr<ncIRelayMgr> relay = nsCOMPtr<ncIRelayMgr>::adopt(context.openRoot(args[0])->GetRelayMgr(u""));
+  if (args.size() != 1 || args[0].empty() || args[0][0] == '-') UsageError("resume");
+  nsCOMPtr<ncIRelayMgr> relay = nsCOMPtr<ncIRelayMgr>::adopt(context.openRoot(CheckSyncRoot(args[0], true))->GetRelayMgr(u""));
   std::vector<ncUploadNonius> uploads;
   std::vector<ncDownloadNonius> downloads;
   relay->ListUploadNonius(uploads, true);
   relay->ListDownloadNonius(downloads, true);
   if (context.json) PrintJson(relay.get(), uploads, downloads);
   else PrintTables(relay.get(), uploads, downloads);
-  return 0;
+  return kExitOk;
 }
 
 CLI_COMMAND("resume", "ROOT", "interrupted uploads and downloads and what they have left", Resume);

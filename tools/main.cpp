@@ -3,12 +3,16 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <string>
 #include <vector>
 
 #include "CliCommand.h"
+#include "CliHelp.h"
+#include "OsError.h"
+#include "Translation.h"
 #include "base/Exception.h"
 
 std::vector<CliCommand>& CliRegistry::commands() {
@@ -22,23 +26,90 @@ const CliCommand* CliRegistry::find(const std::string& name) {
   return nullptr;
 }
 
+void UsageError(const std::string& name, const std::string& why) {
+  const CliCommand* command = CliRegistry::find(name);
+  std::string text = why.empty() ? std::string() : why + "\n";
+  text += std::string(Tr("usage:")) + " docmgr-cli " + name + (command ? std::string(" ") + command->usage : "");
+  throw CliError(text, kExitUsage);
+}
+
 int RunCommand(CliContext& context, const std::string& name, const std::vector<std::string>& args) {
   const CliCommand* command = CliRegistry::find(name);
-  if (!command) {
-    std::fprintf(stderr, "docmgr-cli: unknown command '%s'\n", name.c_str());
-    return 2;
-  }
+  if (!command) throw CliError(std::string(Tr("unknown command")) + " '" + name + "' (docmgr-cli help)", kExitUsage);
   return command->run(context, args);
 }
 
 namespace {
 
-void PrintUsage() {
-  std::printf("usage: docmgr-cli [--json] COMMAND ARGS...\n\ncommands:\n");
-  for (const CliCommand& command : CliRegistry::commands()) {
-    const std::string call = std::string(command.name) + " " + command.usage;
-    std::printf("  %-28s %s\n", call.c_str(), command.summary);
+// Under --json a failure is a JSON object on standard output, so a script reading the
+// output always gets JSON; otherwise one line on standard error.
+void ReportFailure(const CliContext& context, const std::string& message, int exitCode, int componentCode,
+                   const OsError* os) {
+  if (!context.json) {
+    std::fprintf(stderr, "docmgr-cli: %s\n", message.c_str());
+    return;
   }
+  JsonWriter json;
+  json.beginObject().member("error", message).member("exitCode", exitCode);
+  if (componentCode) json.member("code", componentCode);
+  if (os && os->win32Code) json.member("osError", os->text).member("osCode", os->win32Code);
+  json.endObject().print();
+}
+
+// A failed statement's message carries the whole statement, which can run to hundreds of
+// characters; a person needs what SQLite said, and the start of the statement.
+std::string ShortMessage(const std::string& message) {
+  const std::string sqlPrefix = "Sql: ";
+  const size_t sql = message.find(sqlPrefix);
+  const size_t error = message.rfind(". Error: ");
+  if (sql == std::string::npos || error == std::string::npos || error < sql) return message;
+  const size_t kShownSql = 60;
+  const std::string statement = message.substr(sql + sqlPrefix.size(), error - sql - sqlPrefix.size());
+  return message.substr(error + 9) + " (" + Tr("statement:") + " " +
+         (statement.size() > kShownSql ? statement.substr(0, kShownSql) + "..." : statement) + ")";
+}
+
+// The options every command takes, wherever they stand.
+void TakeGlobalOptions(int argc, char** argv, CliContext& context, int& timeoutSeconds, std::vector<std::string>& args) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if (arg == "--json") {
+      context.json = true;
+    } else if (arg == "--quiet") {
+      context.quiet = true;
+    } else if (arg == "--timeout") {
+      char* end = nullptr;
+      const long seconds = i + 1 < argc ? std::strtol(argv[i + 1], &end, 10) : 0;
+      if (i + 1 >= argc || *end != 0 || seconds < 1 || seconds > 86400)
+        throw CliError(Tr("--timeout needs a number of seconds (1 to 86400)"), kExitUsage);
+      timeoutSeconds = static_cast<int>(seconds);
+      ++i;
+    } else {
+      args.push_back(arg);
+    }
+  }
+}
+
+int Run(CliContext& context, int argc, char** argv) {
+  std::vector<std::string> args;
+  int timeoutSeconds = 0;
+  TakeGlobalOptions(argc, argv, context, timeoutSeconds, args);
+  if (args.empty()) {
+    PrintUsage(stderr);
+    return kExitUsage;
+  }
+  if (args[0] == "--version") {
+    std::printf("docmgr-cli %s\n", DOCMGR_VERSION);
+    return kExitOk;
+  }
+  if (args[0] == "help" || args[0] == "--help" || args[0] == "-h") return Help(std::vector<std::string>(args.begin() + 1, args.end()));
+  const std::string name = args[0];
+  args.erase(args.begin());
+  context.watchLocks(timeoutSeconds);
+  context.loadModule(argv[0]);
+  const int status = RunCommand(context, name, args);
+  context.closeRoot();
+  return status;
 }
 
 }  // namespace
@@ -46,27 +117,18 @@ void PrintUsage() {
 int main(int argc, char** argv) {
   CliContext context;
   context.quiet = !::isatty(STDERR_FILENO);
-  std::vector<std::string> args;
-  for (int i = 1; i < argc; ++i) {
-    if (std::strcmp(argv[i], "--json") == 0) context.json = true;
-    else if (std::strcmp(argv[i], "--quiet") == 0) context.quiet = true;
-    else args.push_back(argv[i]);
-  }
-  if (args.empty() || args[0] == "help" || args[0] == "--help" || args[0] == "-h") {
-    PrintUsage();
-    return args.empty() ? 2 : 0;
-  }
-  const std::string name = args[0];
-  args.erase(args.begin());
   try {
-    context.loadModule(argv[0]);
-    const int status = RunCommand(context, name, args);
-    context.closeRoot();
-    return status;
+    return Run(context, argc, argv);
+  } catch (const CliError& e) {
+    ReportFailure(context, e.what(), e.exitCode(), 0, nullptr);
+    return e.exitCode();
   } catch (const base::Exception& e) {
-    std::fprintf(stderr, "docmgr-cli: %s (code %d)\n", e.what(), e.getCode());
+    const OsError os = FindOsError(e);
+    std::string message = ShortMessage(base::ToUtf8(e.getMessage())) + (os.win32Code ? ": " + os.text : std::string());
+    if (!context.json) message += " (code " + std::to_string(e.getCode()) + ")";
+    ReportFailure(context, message, kExitFailure, e.getCode(), &os);
   } catch (const std::exception& e) {
-    std::fprintf(stderr, "docmgr-cli: %s\n", e.what());
+    ReportFailure(context, e.what(), kExitFailure, 0, nullptr);
   }
-  return 1;
+  return kExitFailure;
 }

@@ -1,5 +1,7 @@
 #include "docmgr/ncDBMgr.h"
 
+#include <cstdio>
+
 #include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "platform/ncPlatform.h"
@@ -14,6 +16,22 @@ String TakeSqliteMessage(char* message) {
   String text = base::FromUtf8(message ? message : "");
   sqlite3_free(message);
   return text;
+}
+
+// A file name as the path of a "file:" URI: the characters a URI gives meaning to are
+// percent-encoded.
+std::string UriPath(const std::string& native) {
+  std::string uri;
+  for (const unsigned char c : native) {
+    if (c == '%' || c == '?' || c == '#' || c < 0x20) {
+      char escaped[4];
+      std::snprintf(escaped, sizeof escaped, "%%%02X", c);
+      uri += escaped;
+    } else {
+      uri += static_cast<char>(c);
+    }
+  }
+  return uri;
 }
 
 }  // namespace
@@ -35,7 +53,17 @@ void ncDBMgr::Open(const String& path) {
   NC_TRACE(u"path: %s", path);
   if (!ncIsValidPath(path)) NC_THROW_DB(NC_ERR_INVALID_ARG, u"Path (%s) is INVALID.", path);
   const std::string native = platform::NativePath(platform::AddLongPathPrefix(path));
-  const int rc = sqlite3_open(native.c_str(), &db_);
+  int rc = sqlite3_open(native.c_str(), &db_);
+  // A file this process may not write (inspection of another user's data, a read-only
+  // medium) is opened read-only; a WAL database then cannot build its shared-memory index
+  // beside it, so it is read as immutable instead.
+  const bool readOnly = rc == SQLITE_OK && sqlite3_db_readonly(db_, "main") == 1;
+  if (readOnly) {
+    sqlite3_close(db_);
+    db_ = nullptr;
+    rc = sqlite3_open_v2(("file:" + UriPath(native) + "?immutable=1").c_str(), &db_,
+                         SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
+  }
   if (rc != SQLITE_OK) {
     // sqlite3_open hands back a handle even on failure; it must still be closed.
     sqlite3_close(db_);
@@ -44,6 +72,7 @@ void ncDBMgr::Open(const String& path) {
   }
   ExecuteSql(u"PRAGMA busy_timeout=300000;");
   ExecuteSql(u"PRAGMA cache_size=8000;");
+  if (readOnly) return;
   ExecuteSql(u"PRAGMA journal_mode=WAL;");
   ExecuteSql(u"PRAGMA wal_autocheckpoint=10000;");
 }

@@ -62,6 +62,17 @@ void ncLogMgr::Close() {
 void ncLogMgr::CreateStatTable() {
   NC_TRACE(u"this: 0x%p", this);
   dbMgr_->ExecuteSql(base::Format(u"create table if not exists %s ( logType int PRIMARY KEY, logCount int)", kStatTable));
+  // Seeded only when a counter is missing: a database opened read-only already has them
+  // all and takes no write.
+  int rows = 0, columns = 0;
+  char** result = nullptr;
+  {
+    ncAutoGetTable table(dbMgr_.get(),
+                         base::Format(u"select count(*) from %s where logType >= 0 and logType < %d", kStatTable,
+                                      kCountedLogTypes),
+                         rows, columns, result);
+    if (rows > 0 && base::ToInt64(result[columns]) == kCountedLogTypes) return;
+  }
   for (int logType = 0; logType < kCountedLogTypes; ++logType)
     dbMgr_->ExecuteSql(base::Format(u"insert or ignore into %s values ('%d', 0)", kStatTable, logType));
 }

@@ -1,0 +1,128 @@
+// What docmgr-cli shows: the unsynchronised-documents reports, output a person can read
+// (names, local times, escaped control characters, plurals, translations) and output a
+// script can parse (failures as JSON objects, one time unit), and help made from the table.
+#include <cctype>
+#include <string>
+
+#include "TestSupport.h"
+#include "dataapi/ncJson.h"
+#include "docmgr/ncDocMgr.h"
+#include "docmgr/public/ncILogMgr.h"
+
+namespace {
+
+using test::Cli;
+using test::CliRun;
+
+std::string Quoted(const std::string& path) { return "'" + path + "'"; }
+
+bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+CliRun CliWithEnvironment(const std::string& environment, const std::string& arguments) {
+  CliRun run;
+  run.output = test::RunCommand(environment + " " + DOCMGR_CLI_PATH + " --quiet " + arguments, &run.status);
+  return run;
+}
+
+// Entries of the unsynchronised log type, written as the client's engine writes them.
+void RecordRefusedUploads(const std::string& root, int count) {
+  nsCOMPtr<ncIDocMgr> docMgr(new ncDocMgr);
+  docMgr->Init(base::FromUtf8(root), base::FromUtf8(root), {}, false, u"test");
+  nsCOMPtr<ncILogMgr> log = nsCOMPtr<ncILogMgr>::adopt(docMgr->GetLogMgr());
+  for (int i = 1; i <= count; ++i) {
+    ncSyncLogInfo entry;
+    entry.taskType = 2;
+    entry.relPath = base::FromUtf8("refused\\" + std::to_string(i) + ".txt");
+    entry.time = 1767225600 + i;  // 2026-01-01 00:00:0i UTC
+    log->RecordSyncLog(NC_SYNCLOG_TYPE_UNSYNC, entry);
+  }
+  docMgr->Close();
+}
+
+TEST(CliOutputTest, UnsyncShowsWaitingItemsSetAsideDocumentsAndTheirLog) {
+  test::TempDir dir;
+  const std::string root = dir.path();
+  test::WriteFile(root + "/old.txt", "old");
+  ASSERT_EQ(0, Cli("scan " + Quoted(root)).status);
+  test::WriteFile(root + "/new.txt", "new");
+  ASSERT_EQ(0, Cli("scan " + Quoted(root)).status);
+  const CliRun init = Cli("--json init " + Quoted(root));
+  const std::string setAside = JSON::Value::parse(init.output).as_object().at("unsyncDocuments").as_string();
+  test::MakeDir(setAside);
+  test::WriteFile(setAside + "/aside.txt", "12345");
+  RecordRefusedUploads(root, 3);
+
+  const CliRun json = Cli("--json unsync " + Quoted(root) + " --size 2");
+  ASSERT_EQ(0, json.status) << json.output;
+  const JSON::Value report = JSON::Value::parse(json.output);
+  const auto& docs = report.as_object().at("documents");
+  ASSERT_EQ(2u, docs.size()) << json.output;
+  EXPECT_EQ("new.txt", docs[0].as_object().at("relPath").as_string());
+  EXPECT_EQ(NC_UNSYNC_DOC_WAITING, docs[0].as_object().at("kind").as_integer());
+  EXPECT_TRUE(Has(docs[1].as_object().at("relPath").as_string(), "/aside.txt")) << json.output;
+  EXPECT_EQ(NC_UNSYNC_DOC_SET_ASIDE, docs[1].as_object().at("kind").as_integer());
+  EXPECT_EQ(5, docs[1].as_object().at("size").as_integer());
+  const auto& log = report.as_object().at("log").as_object();
+  EXPECT_EQ(3, log.at("total").as_integer());
+  ASSERT_EQ(2u, log.at("entries").size());
+  EXPECT_EQ("refused/3.txt", log.at("entries")[0].as_object().at("relPath").as_string()) << "newest first";
+  EXPECT_EQ((1767225600 + 3) * 1000000LL, log.at("entries")[0].as_object().at("time").as_integer())
+      << "JSON times are microseconds, as the cache's";
+
+  const CliRun text = CliWithEnvironment("TZ=UTC", "unsync " + Quoted(root));
+  for (const char* part : {"waiting for upload", "set aside", "2 items have not reached the server", "3 log entries",
+                           "2026-01-01 00:00:03  uploaded"})
+    EXPECT_TRUE(Has(text.output, part)) << part << "\n" << text.output;
+}
+
+TEST(CliOutputTest, NamesWithControlCharactersStayOnOneLineAndParseBackFromJson) {
+  test::TempDir dir;
+  const std::string root = dir.path();
+  test::WriteFile(root + "/a\nb\tc.txt", "x");
+  ASSERT_EQ(0, Cli("scan " + Quoted(root)).status);
+
+  const CliRun ls = Cli("ls " + Quoted(root));
+  EXPECT_TRUE(Has(ls.output, "a\\nb\\tc.txt ")) << ls.output;
+  EXPECT_TRUE(Has(ls.output, "\n1 item\n")) << ls.output;
+  const CliRun json = Cli("--json ls " + Quoted(root));
+  EXPECT_EQ("a\nb\tc.txt", JSON::Value::parse(json.output)[0].as_object().at("name").as_string());
+}
+
+TEST(CliOutputTest, FailuresUnderJsonAreObjectsWithTheExitCode) {
+  test::TempDir dir;
+  const CliRun missing = Cli("--json ls " + Quoted(dir.path() + "/nowhere"));
+  EXPECT_EQ(1, missing.status);
+  const JSON::Value failure = JSON::Value::parse(missing.output);
+  EXPECT_TRUE(Has(failure.as_object().at("error").as_string(), "no such folder")) << missing.output;
+  EXPECT_EQ(1, failure.as_object().at("exitCode").as_integer());
+
+  const CliRun usage = Cli("--json log " + Quoted(dir.path()) + " --type x");
+  EXPECT_EQ(2, usage.status);
+  EXPECT_EQ(2, JSON::Value::parse(usage.output).as_object().at("exitCode").as_integer()) << usage.output;
+
+  const CliRun chinese = CliWithEnvironment("KESTROVE_LANG=zh_CN", "ls " + Quoted(dir.path() + "/nowhere"));
+  EXPECT_EQ(1, chinese.status);
+  EXPECT_TRUE(Has(chinese.output, "文件夹不存在")) << chinese.output;
+}
+
+TEST(CliOutputTest, HelpVersionAndTheManualPageComeFromTheCommandTable) {
+  const CliRun version = Cli("--version");
+  EXPECT_EQ(0, version.status);
+  EXPECT_EQ(0u, version.output.find("docmgr-cli ")) << version.output;
+  EXPECT_TRUE(version.output.size() > 11 && std::isdigit(static_cast<unsigned char>(version.output[11]))) << version.output;
+
+  const CliRun scan = Cli("help scan");
+  EXPECT_EQ(0, scan.status);
+  EXPECT_TRUE(Has(scan.output, "usage: docmgr-cli scan ROOT [--dry-run] [-v]")) << scan.output;
+  EXPECT_EQ(2, Cli("help nonsense").status);
+  const CliRun wrong = Cli("scan");
+  EXPECT_EQ(2, wrong.status);
+  EXPECT_TRUE(Has(wrong.output, "usage: docmgr-cli scan ROOT [--dry-run] [-v]")) << wrong.output;
+
+  const CliRun man = Cli("help --man");
+  EXPECT_EQ(0u, man.output.find(".TH DOCMGR-CLI 1")) << man.output;
+  for (const char* section : {".SH COMMANDS", ".B unsync ROOT", ".SH EXIT STATUS"})
+    EXPECT_TRUE(Has(man.output, section)) << section;
+}
+
+}  // namespace
