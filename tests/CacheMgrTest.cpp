@@ -212,8 +212,9 @@ TEST_F(CacheMgrTest, FieldUpdatesVersionTagClearingAndInvalidArguments) {
   EXPECT_THROW_CODE_MESSAGE(cache_->UpdateTypeName(u"doc", u""), 2, u"Argument (typeName) is EMPTY.");
   ncCacheInfo info;
   EXPECT_FALSE(cache_->GetInfoByPath(u"", info));
-  // A database failure carries code 1: the type name goes in undoubled.
-  EXPECT_THROW_CODE(cache_->UpdateTypeName(u"doc", u"it's"), 1);
+  // A type name with an apostrophe is written as it is.
+  cache_->UpdateTypeName(u"doc", u"it's");
+  EXPECT_EQ((Rows{{"it's"}}), Query("select typeName from tb_cacheInfo where name='doc'"));
 }
 
 TEST_F(CacheMgrTest, ViewModeDropsTheViewFolderAndKeepsTheViewInItsColumn) {
@@ -395,7 +396,10 @@ TEST_F(CacheMgrTest, SearchStopsAStatementAtItsFirstDuplicateAndDoublesKeyQuotes
 // Which hits a user sees depends on the order in which a statement meets the rows: row order,
 // also in a cache file that an earlier build gave an index over the searched columns.
 TEST_F(CacheMgrTest, SearchMeetsRowsInTheOrderTheyWereWritten) {
-  cache_->GetDBMgr()->ExecuteSql(u"create index tb_cacheInfo_search_idx on tb_cacheInfo(acronym, name)");
+  {
+    ncDBMgr::SchemaChange earlierBuild(*cache_->GetDBMgr());
+    cache_->GetDBMgr()->ExecuteSql(u"create index tb_cacheInfo_search_idx on tb_cacheInfo(acronym, name)");
+  }
   cache_->Close();
   Open(false);
   EXPECT_TRUE(Query("select name from sqlite_master where name = 'tb_cacheInfo_search_idx'").empty());

@@ -2,6 +2,8 @@
 // texts, the loose column test, and transactions across threads.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "TestSupport.h"
@@ -114,6 +116,86 @@ TEST_F(DBMgrTest, FailedStatementLeavesTheTransactionToTheCallerAndTwoThreadsKee
   second.join();
   EXPECT_EQ(std::to_string(2 * perThread), Single("select count(*) from rows"));
   EXPECT_EQ("300", Single("select count(distinct n) from rows where thread = 2"));
+}
+
+// Whatever the text holds, one call runs one statement: a second one is refused whole,
+// before the first runs.
+TEST_F(DBMgrTest, OneStatementPerCallAndTablesAsSqliteReadsThem) {
+  db->ExecuteSql(u"create table t (a text, b int);;  \n");  // blanks and semicolons may follow
+  EXPECT_THROW_CODE_MESSAGE(db->ExecuteSql(u"insert into t values('x', 1); drop table t"), 1,
+                            u"Execute sql failed. Sql: insert into t values('x', 1); drop table t. "
+                            u"Error: only one statement may run per call");
+  int rows = 0, columns = 0;
+  char** result = nullptr;
+  EXPECT_THROW_CODE_MESSAGE(ncAutoGetTable(db.get(), u"select 1; delete from t", rows, columns, result), 1,
+                            u"Get table failed. Sql: select 1; delete from t. "
+                            u"Error: only one statement may run per call");
+  EXPECT_EQ("0", Single("select count(*) from t"));
+  db->ExecuteSql(u"");  // nothing to run is no failure
+
+  db->ExecuteSql(u"insert into t values('x', 1)");
+  db->ExecuteSql(u"insert into t values(NULL, 2)");
+  // The same outputs as sqlite3_get_table, and an array sqlite3_free_table takes back.
+  for (const char* sql : {"select a, b from t order by b", "select * from t where b > 5", "select 1 as one;"}) {
+    SCOPED_TRACE(sql);
+    int rawRows = -1, rawColumns = -1;
+    char** raw = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_get_table(db->GetHandle(), sql, &raw, &rawRows, &rawColumns, nullptr));
+    ncAutoGetTable table(db.get(), base::FromUtf8(sql), rows, columns, result);
+    ASSERT_EQ(rawRows, rows);
+    ASSERT_EQ(rawColumns, columns);
+    for (int cell = 0; cell < (rows + 1) * columns; ++cell) {
+      ASSERT_EQ(raw[cell] == nullptr, result[cell] == nullptr);
+      if (raw[cell]) {
+        EXPECT_STREQ(raw[cell], result[cell]);
+      }
+    }
+    sqlite3_free_table(raw);
+  }
+}
+
+TEST_F(DBMgrTest, ProtectedSchemaChangesOnlyInsideAScope) {
+  db->ExecuteSql(u"create table t (v int)");
+  db->ProtectSchema();
+  db->ExecuteSql(u"PRAGMA writable_schema=ON");  // only the protection stands in the way
+  const std::string before = Single("select group_concat(sql, ';') from sqlite_master");
+  for (const char16_t* change :
+       {u"drop table t", u"alter table t add column w int", u"create table u (v int)", u"create index i on t(v)",
+        u"create temp table tt (v int)", u"create trigger g after insert on t begin delete from t; end",
+        u"attach database ':memory:' as other", u"detach database main",
+        u"update sqlite_master set sql = 'x' where name = 't'", u"delete from sqlite_schema"}) {
+    SCOPED_TRACE(base::ToUtf8(change));
+    EXPECT_THROW_CODE_MESSAGE(db->ExecuteSql(change), 1,
+                              u"Execute sql failed. Sql: " + String(change) + u". Error: not authorized");
+  }
+  EXPECT_EQ(before, Single("select group_concat(sql, ';') from sqlite_master"));
+  db->ExecuteSql(u"insert into t values(1)");  // rows may change
+  {
+    ncDBMgr::SchemaChange repair(*db);
+    ncDBMgr::SchemaChange nested(*db);
+    db->ExecuteSql(u"create index i on t(v)");
+  }
+  EXPECT_THROW_CODE(db->ExecuteSql(u"drop index i"), 1);
+
+  // The scope holds the connection: another thread's statement waits until it ends.
+  std::atomic<bool> inserted{false};
+  std::thread other;
+  {
+    ncDBMgr::SchemaChange change(*db);
+    other = std::thread([&] {
+      db->ExecuteSql(u"insert into t values(2)");
+      inserted = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(inserted);
+  }
+  other.join();
+  EXPECT_TRUE(inserted);
+
+  // A connection opened afresh is the client's again.
+  db->Close();
+  db->Open(dir.child("test.db"));
+  db->ExecuteSql(u"drop index i");
 }
 
 }  // namespace

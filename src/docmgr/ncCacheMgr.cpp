@@ -41,7 +41,10 @@ const char16_t kSearchName[] =
 const char16_t kClearOtag[] = u"update %s set otag='' where name='%s' and parentPath='%s'";
 const char16_t kSelectUnsync[] = u"select state, execTask from %s where name='%s' and parentPath='%s'";
 
-// Most values hold no quote; they are used as they are.
+// Every text spliced into a statement has its quotes doubled, server ids and tags too:
+// for a value without an apostrophe the statement is the same text, and with one the
+// statement writes the value instead of failing or running text of the value's own.
+// Most values hold no quote and are used as they are, without a copy.
 String Quote(const String& value) {
   return value.find(u'\'') == String::npos ? value : ncDocUtils::QuoteSql(value);
 }
@@ -157,6 +160,12 @@ void ncCacheMgr::Init(const String& path, bool viewMode) {
   viewMode_ = viewMode;
   db_->Open(path);
   db_->ExecuteSql(u"PRAGMA synchronous=NORMAL;");
+  CreateSchema();
+  db_->ProtectSchema();
+}
+
+void ncCacheMgr::CreateSchema() {
+  ncDBMgr::SchemaChange setUp(*db_);
   db_->ExecuteSql(Format(kCreateTable, kTable));
   db_->ExecuteSql(Format(u"create unique index if not exists %s on %s(name, parentPath)",
                          Format(u"%s_name_parent_path_idx", kTable), kTable));
@@ -216,11 +225,10 @@ String ncCacheMgr::UpdateStatement(const String& name, const String& parentPath,
   if (info.type < NC_CACHE_SPECIAL_TYPE && ncGNSUtil::HasGNSPrefix(info.id))
     parentId = ncGNSUtil::GetNodeName(ncGNSUtil::GetParentPath(info.id));
   const String quotedName = Quote(name);
-  // id, otag and parentId go in as they are: server ids and tags carry no quotes.
-  return FillStatement(kReplace, {kTable, info.id, info.otag, Decimal(info.isDir), Decimal(info.state),
+  return FillStatement(kReplace, {kTable, Quote(info.id), Quote(info.otag), Decimal(info.isDir), Decimal(info.state),
                                   Decimal(info.serverMTime), Decimal(info.clientMTime), Decimal(info.size), quotedName,
                                   Quote(parentPath), Acronym(quotedName), Decimal(info.type), Quote(info.typeName),
-                                  Decimal(info.viewType), Quote(info.viewName), parentId, Decimal(info.attr),
+                                  Decimal(info.viewType), Quote(info.viewName), Quote(parentId), Decimal(info.attr),
                                   Decimal(info.errcode), Decimal(info.execTask), Decimal(info.watermark)});
 }
 
@@ -275,7 +283,7 @@ void ncCacheMgr::Delete(const String& relPath, bool onlyChild) {
   const String working = WithoutView(relPath);
   if (viewMode_ && working.empty() && !relPath.empty()) {
     // A bare view folder: the whole view goes.
-    db_->ExecuteSql(Format(u"delete from %s where viewName='%s'", kTable, relPath));
+    db_->ExecuteSql(Format(u"delete from %s where viewName='%s'", kTable, Quote(relPath)));
     return;
   }
   NC_CHECK_PATH(working);
@@ -306,7 +314,7 @@ void ncCacheMgr::UpdateOtagOf(const String& workingPath, const String& otag) {
   String name, parentPath;
   SplitPath(workingPath, name, parentPath);
   if (!otag.empty()) {
-    db_->ExecuteSql(Format(u"update %s set otag='%s' where name='%s' and parentPath='%s'", kTable, otag, Quote(name),
+    db_->ExecuteSql(Format(u"update %s set otag='%s' where name='%s' and parentPath='%s'", kTable, Quote(otag), Quote(name),
                            Quote(parentPath)));
     return;
   }
@@ -359,7 +367,7 @@ void ncCacheMgr::UpdateTypeName(const String& relPath, const String& typeName) {
   if (typeName.empty()) NC_THROW(NC_ERR_INVALID_ARG, u"Argument (%s) is EMPTY.", u"typeName");
   String name, parentPath;
   SplitPath(working, name, parentPath);
-  db_->ExecuteSql(Format(u"update %s set typeName='%s' where name='%s' and parentPath='%s'", kTable, typeName,
+  db_->ExecuteSql(Format(u"update %s set typeName='%s' where name='%s' and parentPath='%s'", kTable, Quote(typeName),
                          Quote(name), Quote(parentPath)));
 }
 

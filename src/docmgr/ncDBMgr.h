@@ -1,6 +1,7 @@
 // The SQLite wrapper every store uses: one connection, the component's connection
-// settings, statements as wide strings, and explicit transactions serialised by a lock
-// held from BeginTransaction to CommitTransaction or RollbackTransaction.
+// settings, statements as wide strings, exactly one statement per call, and a recursive
+// lock held by every statement and from BeginTransaction to CommitTransaction or
+// RollbackTransaction, so that no statement of another thread lands inside a transaction.
 #pragma once
 
 #include <sqlite3.h>
@@ -35,6 +36,8 @@ class ncDBMgr : public ncIDBMgr {
   // value spliced into a later statement can change the schema. A connection from
   // ncIDocMgr::CreateDBMgr stays unprotected: it belongs to the client.
   void ProtectSchema();
+  // Holds the connection lock for its lifetime: no statement of another thread runs while
+  // the schema may change.
   class SchemaChange {
    public:
     explicit SchemaChange(ncDBMgr& db);
@@ -50,8 +53,13 @@ class ncDBMgr : public ncIDBMgr {
   virtual ~ncDBMgr();
 
  private:
+  static int Authorize(void* self, int action, const char* object, const char* detail, const char* database,
+                       const char* trigger);
+  // Releases the lock taken by BeginTransaction once no transaction is open any more.
+  void UnlockUnlessInTransaction();
+
   sqlite3* db_ = nullptr;
   base::ThreadMutexLock transactionLock_;
-  bool schemaProtected_ = false;
-  int schemaChangeDepth_ = 0;  // open SchemaChange scopes
+  bool schemaProtected_ = false;  // guarded by transactionLock_
+  int schemaChangeDepth_ = 0;     // open SchemaChange scopes; guarded by transactionLock_
 };

@@ -45,6 +45,12 @@ void ncLogMgr::Init(const String& path) {
   NC_CHECK_PATH(path);
   dbMgr_->Open(path);
   dbMgr_->ExecuteSql(u"PRAGMA synchronous=OFF;");
+  CreateSchema();
+  dbMgr_->ProtectSchema();
+}
+
+void ncLogMgr::CreateSchema() {
+  ncDBMgr::SchemaChange setUp(*dbMgr_);
   dbMgr_->ExecuteSql(base::Format(u"create table if not exists %s ( id INTEGER PRIMARY KEY, logType int, "
                                   u"taskType int, relPath text, newName text, size int, time int, remark text, "
                                   u"visible bool)",

@@ -39,6 +39,8 @@ class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
   virtual ~ncLogMgr();
 
  private:
+  // The tables, indexes and triggers of a new store; all that a protected connection may not do.
+  void CreateSchema();
   void RepairDeleteTrigger();
   // Visible entries of the type; a missing row throws code 1 naming tableInMessage.
   uint32_t CountVisible(int logType, const char16_t* tableInMessage);

@@ -26,5 +26,7 @@ class ncMsgMgr : public ncIMsgMgr {
   virtual ~ncMsgMgr();
 
  private:
+  // The tables, indexes and triggers of a new store; all that a protected connection may not do.
+  void CreateSchema();
   nsCOMPtr<ncDBMgr> dbMgr_;
 };

@@ -46,5 +46,7 @@ class ncRelayMgr : public ncIRelayMgr {
   virtual ~ncRelayMgr();
 
  private:
+  // The tables, indexes and triggers of a new store; all that a protected connection may not do.
+  void CreateSchema();
   nsCOMPtr<ncDBMgr> dbMgr_;
 };
