@@ -2,7 +2,9 @@
 // view mode, the lookups and listings, the unsynchronised queries and the name search.
 #include <sqlite3.h>
 
+#include <chrono>
 #include <climits>
+#include <future>
 #include <string>
 #include <thread>
 #include <vector>
@@ -41,7 +43,6 @@ class CacheMgrTest : public ::testing::Test {
     for (const auto& row : Query("select parentPath || '|' || name from tb_cacheInfo order by 1")) paths.push_back(row[0]);
     return paths;
   }
-  // Ids are spliced into the statement as they are, so generated ones carry no quotes.
   void Add(const String& relPath, int isDir = 0, int state = 0, const String& id = String()) {
     cache_->Update(relPath, Record(id.empty() ? u"gns://R/" + base::ToString(++added_) : id, isDir, state));
   }
@@ -174,6 +175,33 @@ TEST_F(CacheMgrTest, FailedRenameLeavesNothingAndLaterWritesStay) {
   cache_->Delete(u"a\\c", false);
   cache_->Rename(u"a\\b", u"a\\c");
   EXPECT_EQ(1u, Query("select * from tb_cacheInfo where parentPath='a\\c' and name='f.txt'").size());
+}
+
+// The commit itself fails: a trigger that a second connection adds breaks a deferred foreign
+// key, which SQLite checks only at the commit and then keeps the transaction open.
+TEST_F(CacheMgrTest, RenameWhoseCommitFailsLeavesNoTransactionAndNoLock) {
+  Add(u"a", 1);
+  Add(u"a\\b", 1);
+  Add(u"a\\b\\f.txt");
+  const std::vector<std::string> before = Paths();
+  {
+    nsCOMPtr<ncDBMgr> client(NC_NEW(ncDBMgr));
+    client->Open(dir_.child("cache.db"));
+    client->ExecuteSql(u"create table owners (k text primary key)");
+    client->ExecuteSql(u"create table claims (k text references owners(k) deferrable initially deferred)");
+    client->ExecuteSql(
+        u"create trigger claim after update of name on tb_cacheInfo begin insert into claims values('none'); end");
+    client->Close();
+  }
+  cache_->GetDBMgr()->ExecuteSql(u"PRAGMA foreign_keys=ON");
+
+  EXPECT_THROW_CODE(cache_->Rename(u"a\\b", u"a\\c"), 1);
+  EXPECT_NE(0, sqlite3_get_autocommit(cache_->GetDBMgr()->GetHandle()));
+  EXPECT_EQ(before, Paths());
+  std::future<void> other = std::async(std::launch::async, [this] { Add(u"a\\from another thread"); });
+  ASSERT_EQ(std::future_status::ready, other.wait_for(std::chrono::seconds(30))) << "the lock is still held";
+  other.get();
+  EXPECT_EQ(before.size() + 1, Paths().size());
 }
 
 TEST_F(CacheMgrTest, FieldUpdatesVersionTagClearingAndInvalidArguments) {

@@ -101,6 +101,16 @@ TEST_F(DBMgrTest, FailedStatementLeavesTheTransactionToTheCallerAndTwoThreadsKee
   });
   other.join();
 
+  // A plain statement of another thread waits for the transaction, so the rollback cannot
+  // take it along.
+  db->BeginTransaction();
+  db->ExecuteSql(u"insert into t values(1)");
+  std::thread plain([this] { db->ExecuteSql(u"insert into t values(2)"); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  db->RollbackTransaction();
+  plain.join();
+  EXPECT_EQ("2", Single("select group_concat(v) from t"));
+
   // Transactions of two threads keep every row.
   db->ExecuteSql(u"create table rows (thread int, n int)");
   const int perThread = 300;

@@ -6,6 +6,7 @@
 
 #include "dataapi/ncGNSUtil.h"
 #include "docmgr/ncAutoGetTable.h"
+#include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
@@ -232,14 +233,6 @@ String ncCacheMgr::UpdateStatement(const String& name, const String& parentPath,
                                   Decimal(info.errcode), Decimal(info.execTask), Decimal(info.watermark)});
 }
 
-void ncCacheMgr::RollBackQuietly() {
-  try {
-    db_->RollbackTransaction();
-  } catch (const base::Exception&) {
-    // The statement's own error is the one to report.
-  }
-}
-
 void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {
   NC_TRACE(u"relPath: %s, newRelPath: %s", relPath, newRelPath);
   const String oldWorking = WithoutView(relPath);
@@ -252,30 +245,25 @@ void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {
   if (oldParent != newParent)
     NC_THROW(NC_ERR_INVALID_ARG, ncDocMgrLibrary::loadString(u"IDS_RENAME_NOT_SAME_PARENT"), relPath, newRelPath);
 
-  // A failed statement rolls the whole rename back before the exception goes on: a
-  // transaction left open would hold the lock and take every later write of this cache
+  // A failed statement or commit rolls the whole rename back before the exception goes on:
+  // a transaction left open would hold the lock and take every later write of this cache
   // with it when the connection closes.
-  db_->BeginTransaction();
-  try {
-    const String quotedNewName = Quote(newName);
-    db_->ExecuteSql(Format(u"update %s set name='%s', acronym='%s' where name='%s' and parentPath='%s'", kTable,
-                           quotedNewName, Acronym(quotedNewName), Quote(oldName), Quote(oldParent)));
-    const String oldPath = base::Trim(oldWorking, u'\\');
-    const String& newPath = newWorking;
-    const String quotedOldPath = Quote(oldPath);
-    Query subtree(db_.get(), Format(u"select distinct parentPath from %s where parentPath='%s' or parentPath like '%s\\%%'",
-                                    kTable, quotedOldPath, quotedOldPath));
-    for (int row = 0; row < subtree.rows(); ++row) {
-      const String oldValue = subtree.text(row, 0);
-      const String newValue = ncDocUtils::ReplaceStr(oldValue, oldPath, newPath, false);
-      db_->ExecuteSql(Format(u"update %s set parentPath='%s' where parentPath='%s'", kTable, Quote(newValue),
-                             Quote(oldValue)));
-    }
-  } catch (...) {
-    RollBackQuietly();
-    throw;
+  ncDBTransaction rename(*db_);
+  const String quotedNewName = Quote(newName);
+  db_->ExecuteSql(Format(u"update %s set name='%s', acronym='%s' where name='%s' and parentPath='%s'", kTable,
+                         quotedNewName, Acronym(quotedNewName), Quote(oldName), Quote(oldParent)));
+  const String oldPath = base::Trim(oldWorking, u'\\');
+  const String& newPath = newWorking;
+  const String quotedOldPath = Quote(oldPath);
+  Query subtree(db_.get(), Format(u"select distinct parentPath from %s where parentPath='%s' or parentPath like '%s\\%%'",
+                                  kTable, quotedOldPath, quotedOldPath));
+  for (int row = 0; row < subtree.rows(); ++row) {
+    const String oldValue = subtree.text(row, 0);
+    const String newValue = ncDocUtils::ReplaceStr(oldValue, oldPath, newPath, false);
+    db_->ExecuteSql(Format(u"update %s set parentPath='%s' where parentPath='%s'", kTable, Quote(newValue),
+                           Quote(oldValue)));
   }
-  db_->CommitTransaction();
+  rename.Commit();
 }
 
 void ncCacheMgr::Delete(const String& relPath, bool onlyChild) {
@@ -768,16 +756,7 @@ void ncCacheMgr::BeginBatch() {
 
 void ncCacheMgr::CommitBatch() {
   NC_TRACE(u"this: 0x%p", this);
-  try {
-    db_->CommitTransaction();
-  } catch (const base::Exception&) {
-    try {
-      db_->RollbackTransaction();
-    } catch (const base::Exception&) {
-      // The commit's own error is the one to report.
-    }
-    throw;
-  }
+  ncDBTransaction::CommitOrRollBack(*db_);
 }
 
 void ncCacheMgr::RollbackBatch() {

@@ -1,6 +1,7 @@
 #include "docmgr/ncLogMgr.h"
 
 #include "docmgr/ncAutoGetTable.h"
+#include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
 
@@ -102,22 +103,13 @@ void ncLogMgr::RepairDeleteTrigger() {
   }
   if (!ReadsNewLogType(stored)) return;
   NC_TRACE(u"repairing %s: %s", kDeleteTrigger, stored);
-  dbMgr_->BeginTransaction();
-  try {
-    dbMgr_->ExecuteSql(base::Format(u"drop trigger if exists %s", kDeleteTrigger));
-    dbMgr_->ExecuteSql(base::Format(kDeleteTriggerSql, kDeleteTrigger, kLogTable, kStatTable));
-    dbMgr_->ExecuteSql(base::Format(u"update %s set logCount = (select count(*) from %s where %s.logType = "
-                                    u"%s.logType)",
-                                    kStatTable, kLogTable, kLogTable, kStatTable));
-    dbMgr_->CommitTransaction();
-  } catch (const base::Exception&) {
-    try {
-      dbMgr_->RollbackTransaction();
-    } catch (const base::Exception&) {
-      // The first failure is the one worth reporting.
-    }
-    throw;
-  }
+  ncDBTransaction repair(*dbMgr_);
+  dbMgr_->ExecuteSql(base::Format(u"drop trigger if exists %s", kDeleteTrigger));
+  dbMgr_->ExecuteSql(base::Format(kDeleteTriggerSql, kDeleteTrigger, kLogTable, kStatTable));
+  dbMgr_->ExecuteSql(base::Format(u"update %s set logCount = (select count(*) from %s where %s.logType = "
+                                  u"%s.logType)",
+                                  kStatTable, kLogTable, kLogTable, kStatTable));
+  repair.Commit();
 }
 
 void ncLogMgr::RecordSyncLog(int logType, const ncSyncLogInfo& info) {
@@ -211,16 +203,7 @@ void ncLogMgr::BeginBatch() {
 
 void ncLogMgr::CommitBatch() {
   NC_TRACE(u"this: 0x%p", this);
-  try {
-    dbMgr_->CommitTransaction();
-  } catch (const base::Exception&) {
-    try {
-      dbMgr_->RollbackTransaction();
-    } catch (const base::Exception&) {
-      // The commit's own error is the one to report.
-    }
-    throw;
-  }
+  ncDBTransaction::CommitOrRollBack(*dbMgr_);
 }
 
 void ncLogMgr::RollbackBatch() {

@@ -1,0 +1,28 @@
+// One transaction on a store's connection as an owner: begun by the constructor, rolled back
+// by the destructor unless Commit succeeded. Between the two the owning thread holds the
+// connection's lock, so no statement of another thread runs inside the transaction.
+#pragma once
+
+#include "docmgr/ncDBMgr.h"
+
+class ncDBTransaction {
+ public:
+  // Begins; throws as ncDBMgr::BeginTransaction does, holding nothing afterwards.
+  explicit ncDBTransaction(ncDBMgr& db);
+  ~ncDBTransaction();
+  ncDBTransaction(const ncDBTransaction&) = delete;
+  ncDBTransaction& operator=(const ncDBTransaction&) = delete;
+
+  // Makes the writes durable. A failing commit rolls the transaction back and releases the
+  // lock before its own error goes on: neither outlives the failure.
+  void Commit();
+
+  // The same for a transaction begun by BeginTransaction, as a batch that spans calls is.
+  static void CommitOrRollBack(ncDBMgr& db);
+
+ private:
+  static void RollBackQuietly(ncDBMgr& db);
+
+  ncDBMgr& db_;
+  bool open_ = true;
+};
