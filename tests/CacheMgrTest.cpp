@@ -204,6 +204,52 @@ TEST_F(CacheMgrTest, RenameWhoseCommitFailsLeavesNoTransactionAndNoLock) {
   EXPECT_EQ(before.size() + 1, Paths().size());
 }
 
+// A failure that a second connection's trigger injects into the second statement.
+void InjectFailure(const String& path, const char16_t* trigger) {
+  nsCOMPtr<ncDBMgr> client(NC_NEW(ncDBMgr));
+  client->Open(path);
+  client->ExecuteSql(trigger);
+  client->Close();
+}
+
+// Past SQLite's 50,000-byte cap on LIKE patterns (18,000 Chinese units are 54,000 bytes).
+TEST_F(CacheMgrTest, LongPathSubtreesAndMultiStatementWritesAllOrNothing) {
+  const String longName(18000, u'\u6587');
+  Add(longName, 1);
+  Add(longName + u"\\child", 1);
+  Add(longName + u"\\child\\f.txt");
+  Add(u"other");
+  cache_->UpdateOtag(longName + u"\\child\\f.txt", u"");
+  EXPECT_EQ((Rows{{"", "1"}, {"", "1"}, {"", "0"}}),
+            Query("select otag, isDir from tb_cacheInfo where name <> 'other' order by length(parentPath)"));
+  cache_->Delete(longName, false);
+  EXPECT_EQ((std::vector<std::string>{"|other"}), Paths());
+
+  Add(u"a", 1);
+  Add(u"a\\b", 1);
+  Add(u"a\\b\\f.txt");
+  cache_->UpdateOtag(u"a\\b\\f.txt", u"t1");
+  cache_->UpdateOtag(u"a", u"t0");
+  InjectFailure(dir_.child("cache.db"),
+                u"create trigger stop before delete on tb_cacheInfo when old.parentPath <> '' "
+                u"begin select raise(abort, 'injected'); end");
+  InjectFailure(dir_.child("cache.db"),
+                u"create trigger stay before update of otag on tb_cacheInfo when old.name = 'a' "
+                u"begin select raise(abort, 'injected'); end");
+  const Rows before = Query("select * from tb_cacheInfo order by rowid");
+  EXPECT_THROW_CODE(cache_->Delete(u"a", false), 1);       // the folder's row went first
+  EXPECT_THROW_CODE(cache_->UpdateOtag(u"a\\b\\f.txt", u""), 1);  // the item was cleared first
+  EXPECT_EQ(before, Query("select * from tb_cacheInfo order by rowid"));
+
+  // Inside a batch the failed delete is undone alone; the batch's other writes stay.
+  ncIStoreBatch* batch = cache_.get();
+  batch->BeginBatch();
+  Add(u"in batch");
+  EXPECT_THROW_CODE(cache_->Delete(u"a", false), 1);
+  batch->CommitBatch();
+  EXPECT_EQ(before.size() + 1, Query("select * from tb_cacheInfo").size());
+}
+
 TEST_F(CacheMgrTest, FieldUpdatesVersionTagClearingAndInvalidArguments) {
   for (const char16_t* folder : {u"a", u"a\\b", u"a\\b\\c", u"a\\b\\c\\d", u"a\\z"}) Add(folder, 1);
   Add(u"a\\b\\c\\file");

@@ -208,4 +208,30 @@ TEST_F(DBMgrTest, ProtectedSchemaChangesOnlyInsideAScope) {
   db->ExecuteSql(u"drop index i");
 }
 
+// Stores select subtrees and search names with LIKE; the connection's own like() answers as
+// SQLite's does, only without its cap on the pattern's length.
+TEST_F(DBMgrTest, LikeAnswersAsSqlitesOwnAndTakesLongPatterns) {
+  sqlite3* plain = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open(":memory:", &plain));
+  const char* texts[] = {"", "a", "abc", "ABC", "a\\b", "a\\b\\c", "ab\\c", "文档", "新文档.txt", "it''s", "x%y", "a_c"};
+  const char* patterns[] = {"",    "%",      "_",       "a",   "A%",     "%B%",   "a\\%", "a_c",   "%c",  "a%c%",
+                            "%%",  "_b_",    "文%",     "%档%", "_档",    "%文%档%", "it''s", "x%",   "%\\%", "a__",
+                            "a%%b", "%_%_%", "新文档_txt"};
+  for (const char* text : texts) {
+    for (const char* pattern : patterns) {
+      SCOPED_TRACE(std::string(text) + " like " + pattern);
+      const std::string sql = "select '" + std::string(text) + "' like '" + pattern + "'";
+      char** raw = nullptr;
+      int rows = 0, columns = 0;
+      ASSERT_EQ(SQLITE_OK, sqlite3_get_table(plain, sql.c_str(), &raw, &rows, &columns, nullptr));
+      EXPECT_EQ(std::string(raw[1]), Single(sql));
+      sqlite3_free_table(raw);
+    }
+  }
+  sqlite3_close(plain);
+  const std::string folder(60000, 'x');
+  EXPECT_EQ("1", Single("select '" + folder + "\\f' like '" + folder + "\\%'"));
+  EXPECT_EQ("0", Single("select '" + folder + "' like '" + folder + "\\%'"));
+}
+
 }  // namespace

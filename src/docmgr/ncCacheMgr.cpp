@@ -277,11 +277,15 @@ void ncCacheMgr::Delete(const String& relPath, bool onlyChild) {
   NC_CHECK_PATH(working);
   String name, parentPath;
   SplitPath(working, name, parentPath);
+  // The folder and its subtree go together or not at all: a folder row gone with its
+  // children left would orphan them.
+  ncDBTransaction removal(*db_);
   if (!onlyChild)
     db_->ExecuteSql(
         Format(u"delete from %s where name='%s' and parentPath='%s'", kTable, Quote(name), Quote(parentPath)));
   const String subtree = Quote(base::Trim(working, u'\\'));
   db_->ExecuteSql(Format(u"delete from %s where parentPath='%s' or parentPath like '%s\\%%'", kTable, subtree, subtree));
+  removal.Commit();
 }
 
 void ncCacheMgr::UpdateOtag(const String& relPath, const String& otag) {
@@ -307,7 +311,8 @@ void ncCacheMgr::UpdateOtagOf(const String& workingPath, const String& otag) {
     return;
   }
   // No known version: the item and every folder up to the top must be compared with the
-  // server again, and so must the folders and delayed items below it.
+  // server again, and so must the folders and delayed items below it; all of them or none.
+  ncDBTransaction clearing(*db_);
   db_->ExecuteSql(Format(kClearOtag, kTable, Quote(name), Quote(parentPath)));
   while (!parentPath.empty()) {
     String ancestor, ancestorParent;
@@ -319,6 +324,7 @@ void ncCacheMgr::UpdateOtagOf(const String& workingPath, const String& otag) {
   db_->ExecuteSql(Format(
       u"update %s set otag='' where (parentPath='%s' or parentPath like '%s\\%%') and (isDir='%d' or state='%d')",
       kTable, subtree, subtree, 1, NC_CACHE_STATE_DELAY));
+  clearing.Commit();
 }
 
 void ncCacheMgr::UpdateColumn(const char16_t* format, const String& relPath, int32_t value) {
@@ -363,6 +369,9 @@ void ncCacheMgr::Unlock(const String& relPath) {
   NC_TRACE(u"relPath: %s", relPath);
   String name, parentPath;
   WorkingPath(relPath, name, parentPath);
+  // Read and write in one transaction, so that no other thread's change of the attributes
+  // falls between them and is lost.
+  ncDBTransaction unlock(*db_);
   int32_t attr = 0;
   {
     Query query(db_.get(), Format(u"select attr from %s where name='%s' and parentPath='%s'", kTable, Quote(name),
@@ -372,6 +381,7 @@ void ncCacheMgr::Unlock(const String& relPath) {
   }
   db_->ExecuteSql(
       Format(u"update %s set attr='%d' where name='%s' and parentPath='%s'", kTable, attr, Quote(name), Quote(parentPath)));
+  unlock.Commit();
 }
 
 void ncCacheMgr::Unsync_UpdateAllState(int32_t state) {

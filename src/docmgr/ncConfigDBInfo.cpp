@@ -2,6 +2,7 @@
 
 #include "base/Directory.h"
 #include "docmgr/ncAutoGetTable.h"
+#include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "platform/ncPlatform.h"
 
@@ -78,6 +79,10 @@ void ncConfigDBInfo::WriteVersion(const char16_t* table, int32_t version) {
     ncDBMgr::SchemaChange firstWrite(*dbMgr_);
     dbMgr_->ExecuteSql(base::Format(u"create table if not exists %s (versionId int PRIMARY KEY)", table));
   }
+  // The one row is replaced in one transaction: an interruption between the two statements
+  // must not leave the store without a version.
+  ncDBTransaction replace(*dbMgr_);
   dbMgr_->ExecuteSql(base::Format(u"delete from %s", table));
   dbMgr_->ExecuteSql(base::Format(u"insert into %s values('%d')", table, version));
+  replace.Commit();
 }

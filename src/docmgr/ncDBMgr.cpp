@@ -6,6 +6,7 @@
 #include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncSqlLike.h"
 #include "platform/ncPlatform.h"
 
 namespace {
@@ -179,7 +180,8 @@ void ncDBMgr::Open(const String& path) {
   NC_TRACE(u"path: %s", path);
   if (!ncIsValidPath(path)) NC_THROW_DB(NC_ERR_INVALID_ARG, u"Path (%s) is INVALID.", path);
   const std::string native = platform::NativePath(platform::AddLongPathPrefix(path));
-  const int rc = sqlite3_open(native.c_str(), &db_);
+  int rc = sqlite3_open(native.c_str(), &db_);
+  if (rc == SQLITE_OK) rc = ncSqlLike::Install(db_);  // subtrees of long paths
   if (rc != SQLITE_OK) {
     // sqlite3_open hands back a handle even on failure; it must still be closed.
     sqlite3_close(db_);

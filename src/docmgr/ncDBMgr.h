@@ -29,6 +29,8 @@ class ncDBMgr : public ncIDBMgr {
   void GetTable(const String& sql, int& rowCount, int& columnCount, char**& result);
 
   sqlite3* GetHandle() const { return db_; }
+  // True inside a transaction; meaningful to the thread that holds the lock.
+  bool InTransaction() const { return db_ && !sqlite3_get_autocommit(db_); }
 
   // Schema changes on a protected connection (CREATE, DROP, ALTER, ATTACH, DETACH, any write
   // to sqlite_master) are refused, except inside a SchemaChange scope: the stores open one
@@ -53,6 +55,7 @@ class ncDBMgr : public ncIDBMgr {
   virtual ~ncDBMgr();
 
  private:
+  friend class ncDBTransaction;  // takes the lock before it looks for an open transaction
   static int Authorize(void* self, int action, const char* object, const char* detail, const char* database,
                        const char* trigger);
   // Releases the lock taken by BeginTransaction once no transaction is open any more.
