@@ -18,6 +18,8 @@ class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
   // old one that refers to new.logType (which current SQLite refuses, blocking every insert
   // and delete) gets the trigger replaced and its counters recounted.
   void Init(const String& path);
+  // The store's database connection.
+  ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
   void Close();
   void CreateStatTable();
   void CreateTrigger();

@@ -12,6 +12,8 @@ class ncMsgMgr : public ncIMsgMgr {
   ncMsgMgr();
 
   void Init(const String& path);
+  // The store's database connection.
+  ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
   void Close();
 
   void RecordMsg(const std::vector<ncMsgInfo>& msgs) override;

@@ -14,6 +14,8 @@ class ncRelayMgr : public ncIRelayMgr {
   ncRelayMgr();
 
   void Init(const String& path);
+  // The store's database connection.
+  ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
   void Close();
 
   void UpdateUploadNonius(const ncUploadNonius& info) override;
