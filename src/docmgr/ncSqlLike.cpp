@@ -21,6 +21,16 @@ bool SameChar(const unsigned char* a, size_t aSize, const unsigned char* b, size
   return true;
 }
 
+// The first place from text on where the literal that follows a "%" can begin. An ASCII
+// byte always starts a character in UTF-8, so a plain byte search finds them all.
+const unsigned char* NextCandidate(const unsigned char* text, const unsigned char* textEnd,
+                                   const unsigned char* pattern, const unsigned char* patternEnd) {
+  if (pattern == patternEnd || *pattern >= 0x80 || *pattern == '_' || *pattern == '%') return text;
+  const unsigned char wanted = FoldAscii(*pattern);
+  while (text < textEnd && FoldAscii(*text) != wanted) ++text;
+  return text;
+}
+
 void Like(sqlite3_context* context, int, sqlite3_value** arguments) {
   const unsigned char* pattern = sqlite3_value_text(arguments[0]);
   const int patternSize = sqlite3_value_bytes(arguments[0]);
@@ -51,7 +61,7 @@ bool ncSqlLike::Matches(const unsigned char* pattern, size_t patternSize, const 
     if (p < patternEnd && *p == '%') {
       while (p < patternEnd && *p == '%') ++p;
       resumePattern = p;
-      resumeText = t;
+      resumeText = t = NextCandidate(t, textEnd, p, patternEnd);
       continue;
     }
     const size_t textChar = CharSize(t, textEnd);
@@ -64,7 +74,7 @@ bool ncSqlLike::Matches(const unsigned char* pattern, size_t patternSize, const 
       }
     }
     if (!resumePattern) return false;
-    resumeText += CharSize(resumeText, textEnd);
+    resumeText = NextCandidate(resumeText + CharSize(resumeText, textEnd), textEnd, resumePattern, patternEnd);
     t = resumeText;
     p = resumePattern;
   }
