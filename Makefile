@@ -3,6 +3,8 @@
 #   make test   install what is missing, build, run every test
 #   make bench  build and run the benchmarks (Release)
 #   make fuzz   build the libFuzzer targets (clang) and run each for SECONDS (default 60)
+#   make crash-test KILLS=N        a writer killed N times (default 200); no corruption, no lost write
+#   make tsan-test STRESS_SECONDS=N the tests and an 8-thread stress run (default 60 s) under ThreadSanitizer
 
 PACKAGES := build-essential cmake pkg-config libsqlite3-dev libnspr4-dev googletest \
             libgtest-dev libgmock-dev libbenchmark-dev gettext clang libclang-rt-14-dev
@@ -12,7 +14,13 @@ CMAKE_FLAGS ?=
 SECONDS  ?= 60
 FUZZ_TARGETS := fuzz_json fuzz_blocklist fuzz_pathrules fuzz_format
 
-.PHONY: all deps configure build test demo bench sanitize-test fuzz clean
+KILLS    ?= 200
+STRESS_SECONDS ?= 60
+# Any ThreadSanitizer report ends the run with a failure.
+TSAN_OPTIONS_RUN := TSAN_OPTIONS="halt_on_error=1 exitcode=66 second_deadlock_stack=1"
+
+
+.PHONY: all deps configure build test demo bench sanitize-test crash-test tsan-test fuzz clean
 
 all: build
 
@@ -66,5 +74,16 @@ fuzz: deps
 	    -artifact_prefix=build-fuzz/artifacts/$$t- build-fuzz/corpus/$$t fuzz/corpus/$$t || exit 1; \
 	done
 
+crash-test: build
+	cmake --build $(BUILD) -j $(JOBS) --target docmgr-crash-harness
+	$(BUILD)/bin/docmgr-crash-harness $(KILLS)
+
+tsan-test: deps
+	cmake -S . -B build-tsan -DDOCMGR_TSAN=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_FLAGS)
+	cmake --build build-tsan -j $(JOBS)
+	cmake --build build-tsan -j $(JOBS) --target docmgr-stress-harness
+	cd build-tsan && $(TSAN_OPTIONS_RUN) ctest --output-on-failure -j $(JOBS)
+	$(TSAN_OPTIONS_RUN) build-tsan/bin/docmgr-stress-harness $(STRESS_SECONDS)
+
 clean:
-	rm -rf build build-asan build-bench build-fuzz
+	rm -rf build build-asan build-bench build-tsan build-fuzz

@@ -2,6 +2,8 @@
 // texts, the loose column test, and transactions across threads.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "TestSupport.h"
@@ -99,6 +101,16 @@ TEST_F(DBMgrTest, FailedStatementLeavesTheTransactionToTheCallerAndTwoThreadsKee
   });
   other.join();
 
+  // A plain statement of another thread waits for the transaction, so the rollback cannot
+  // take it along.
+  db->BeginTransaction();
+  db->ExecuteSql(u"insert into t values(1)");
+  std::thread plain([this] { db->ExecuteSql(u"insert into t values(2)"); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  db->RollbackTransaction();
+  plain.join();
+  EXPECT_EQ("2", Single("select group_concat(v) from t"));
+
   // Transactions of two threads keep every row.
   db->ExecuteSql(u"create table rows (thread int, n int)");
   const int perThread = 300;
@@ -114,6 +126,112 @@ TEST_F(DBMgrTest, FailedStatementLeavesTheTransactionToTheCallerAndTwoThreadsKee
   second.join();
   EXPECT_EQ(std::to_string(2 * perThread), Single("select count(*) from rows"));
   EXPECT_EQ("300", Single("select count(distinct n) from rows where thread = 2"));
+}
+
+// Whatever the text holds, one call runs one statement: a second one is refused whole,
+// before the first runs.
+TEST_F(DBMgrTest, OneStatementPerCallAndTablesAsSqliteReadsThem) {
+  db->ExecuteSql(u"create table t (a text, b int);;  \n");  // blanks and semicolons may follow
+  EXPECT_THROW_CODE_MESSAGE(db->ExecuteSql(u"insert into t values('x', 1); drop table t"), 1,
+                            u"Execute sql failed. Sql: insert into t values('x', 1); drop table t. "
+                            u"Error: only one statement may run per call");
+  int rows = 0, columns = 0;
+  char** result = nullptr;
+  EXPECT_THROW_CODE_MESSAGE(ncAutoGetTable(db.get(), u"select 1; delete from t", rows, columns, result), 1,
+                            u"Get table failed. Sql: select 1; delete from t. "
+                            u"Error: only one statement may run per call");
+  EXPECT_EQ("0", Single("select count(*) from t"));
+  db->ExecuteSql(u"");  // nothing to run is no failure
+
+  db->ExecuteSql(u"insert into t values('x', 1)");
+  db->ExecuteSql(u"insert into t values(NULL, 2)");
+  // The same outputs as sqlite3_get_table, and an array sqlite3_free_table takes back.
+  for (const char* sql : {"select a, b from t order by b", "select * from t where b > 5", "select 1 as one;"}) {
+    SCOPED_TRACE(sql);
+    int rawRows = -1, rawColumns = -1;
+    char** raw = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_get_table(db->GetHandle(), sql, &raw, &rawRows, &rawColumns, nullptr));
+    ncAutoGetTable table(db.get(), base::FromUtf8(sql), rows, columns, result);
+    ASSERT_EQ(rawRows, rows);
+    ASSERT_EQ(rawColumns, columns);
+    for (int cell = 0; cell < (rows + 1) * columns; ++cell) {
+      ASSERT_EQ(raw[cell] == nullptr, result[cell] == nullptr);
+      if (raw[cell]) {
+        EXPECT_STREQ(raw[cell], result[cell]);
+      }
+    }
+    sqlite3_free_table(raw);
+  }
+}
+
+TEST_F(DBMgrTest, ProtectedSchemaChangesOnlyInsideAScope) {
+  db->ExecuteSql(u"create table t (v int)");
+  db->ProtectSchema();
+  db->ExecuteSql(u"PRAGMA writable_schema=ON");  // only the protection stands in the way
+  const std::string before = Single("select group_concat(sql, ';') from sqlite_master");
+  for (const char16_t* change :
+       {u"drop table t", u"alter table t add column w int", u"create table u (v int)", u"create index i on t(v)",
+        u"create temp table tt (v int)", u"create trigger g after insert on t begin delete from t; end",
+        u"attach database ':memory:' as other", u"detach database main",
+        u"update sqlite_master set sql = 'x' where name = 't'", u"delete from sqlite_schema"}) {
+    SCOPED_TRACE(base::ToUtf8(change));
+    EXPECT_THROW_CODE_MESSAGE(db->ExecuteSql(change), 1,
+                              u"Execute sql failed. Sql: " + String(change) + u". Error: not authorized");
+  }
+  EXPECT_EQ(before, Single("select group_concat(sql, ';') from sqlite_master"));
+  db->ExecuteSql(u"insert into t values(1)");  // rows may change
+  {
+    ncDBMgr::SchemaChange repair(*db);
+    ncDBMgr::SchemaChange nested(*db);
+    db->ExecuteSql(u"create index i on t(v)");
+  }
+  EXPECT_THROW_CODE(db->ExecuteSql(u"drop index i"), 1);
+
+  // The scope holds the connection: another thread's statement waits until it ends.
+  std::atomic<bool> inserted{false};
+  std::thread other;
+  {
+    ncDBMgr::SchemaChange change(*db);
+    other = std::thread([&] {
+      db->ExecuteSql(u"insert into t values(2)");
+      inserted = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(inserted);
+  }
+  other.join();
+  EXPECT_TRUE(inserted);
+
+  // A connection opened afresh is the client's again.
+  db->Close();
+  db->Open(dir.child("test.db"));
+  db->ExecuteSql(u"drop index i");
+}
+
+// Stores select subtrees and search names with LIKE; the connection's own like() answers as
+// SQLite's does, only without its cap on the pattern's length.
+TEST_F(DBMgrTest, LikeAnswersAsSqlitesOwnAndTakesLongPatterns) {
+  sqlite3* plain = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open(":memory:", &plain));
+  const char* texts[] = {"", "a", "abc", "ABC", "a\\b", "a\\b\\c", "ab\\c", "文档", "新文档.txt", "it''s", "x%y", "a_c"};
+  const char* patterns[] = {"",    "%",      "_",       "a",   "A%",     "%B%",   "a\\%", "a_c",   "%c",  "a%c%",
+                            "%%",  "_b_",    "文%",     "%档%", "_档",    "%文%档%", "it''s", "x%",   "%\\%", "a__",
+                            "a%%b", "%_%_%", "新文档_txt"};
+  for (const char* text : texts) {
+    for (const char* pattern : patterns) {
+      SCOPED_TRACE(std::string(text) + " like " + pattern);
+      const std::string sql = "select '" + std::string(text) + "' like '" + pattern + "'";
+      char** raw = nullptr;
+      int rows = 0, columns = 0;
+      ASSERT_EQ(SQLITE_OK, sqlite3_get_table(plain, sql.c_str(), &raw, &rows, &columns, nullptr));
+      EXPECT_EQ(std::string(raw[1]), Single(sql));
+      sqlite3_free_table(raw);
+    }
+  }
+  sqlite3_close(plain);
+  const std::string folder(60000, 'x');
+  EXPECT_EQ("1", Single("select '" + folder + "\\f' like '" + folder + "\\%'"));
+  EXPECT_EQ("0", Single("select '" + folder + "' like '" + folder + "\\%'"));
 }
 
 }  // namespace

@@ -114,12 +114,13 @@ TEST_F(MsgMgrTest, UpdateAndFilterRefreshesKnownAndReturnsNewAndABatchStopsAtARe
   ExpectSame(expected, stored[1]);
   EXPECT_EQ(900, msg->GetMaxStamp());
 
-  // Message ids are the server's and go into the statement as they are, so one with an
-  // apostrophe is refused; the batch stops there and keeps what was already inserted.
-  ncMsgInfo bad = Message(4);
-  bad.msgId = u"it's";
-  EXPECT_THROW_CODE(msg->RecordMsg({Message(3), bad, Message(6)}), 1);
-  EXPECT_EQ((std::vector<String>{u"msg-3", u"msg-2", u"msg-1"}), Ids(Newest(10)));
+  // A message id with an apostrophe is stored as it is, and found again by it.
+  ncMsgInfo quoted = Message(4);
+  quoted.msgId = u"it's";
+  msg->RecordMsg({Message(3), quoted, Message(6)});
+  EXPECT_EQ((std::vector<String>{u"msg-6", u"it's", u"msg-3", u"msg-2", u"msg-1"}), Ids(Newest(10)));
+  msg->UpdateUnreadMsg({u"it's"});
+  EXPECT_EQ(1, Newest(10)[1].state);
 }
 
 }  // namespace

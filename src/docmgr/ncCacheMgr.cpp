@@ -6,6 +6,7 @@
 
 #include "dataapi/ncGNSUtil.h"
 #include "docmgr/ncAutoGetTable.h"
+#include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
@@ -41,7 +42,10 @@ const char16_t kSearchName[] =
 const char16_t kClearOtag[] = u"update %s set otag='' where name='%s' and parentPath='%s'";
 const char16_t kSelectUnsync[] = u"select state, execTask from %s where name='%s' and parentPath='%s'";
 
-// Most values hold no quote; they are used as they are.
+// Every text spliced into a statement has its quotes doubled, server ids and tags too:
+// for a value without an apostrophe the statement is the same text, and with one the
+// statement writes the value instead of failing or running text of the value's own.
+// Most values hold no quote and are used as they are, without a copy.
 String Quote(const String& value) {
   return value.find(u'\'') == String::npos ? value : ncDocUtils::QuoteSql(value);
 }
@@ -157,6 +161,12 @@ void ncCacheMgr::Init(const String& path, bool viewMode) {
   viewMode_ = viewMode;
   db_->Open(path);
   db_->ExecuteSql(u"PRAGMA synchronous=NORMAL;");
+  CreateSchema();
+  db_->ProtectSchema();
+}
+
+void ncCacheMgr::CreateSchema() {
+  ncDBMgr::SchemaChange setUp(*db_);
   db_->ExecuteSql(Format(kCreateTable, kTable));
   db_->ExecuteSql(Format(u"create unique index if not exists %s on %s(name, parentPath)",
                          Format(u"%s_name_parent_path_idx", kTable), kTable));
@@ -222,20 +232,11 @@ String ncCacheMgr::ParentIdOf(const String& id, int32_t type) {
 String ncCacheMgr::UpdateStatement(const String& name, const String& parentPath, const ncCacheInfo& info) {
   const String parentId = ParentIdOf(info.id, info.type);
   const String quotedName = Quote(name);
-  // id, otag and parentId go in as they are: server ids and tags carry no quotes.
-  return FillStatement(kReplace, {kTable, info.id, info.otag, Decimal(info.isDir), Decimal(info.state),
+  return FillStatement(kReplace, {kTable, Quote(info.id), Quote(info.otag), Decimal(info.isDir), Decimal(info.state),
                                   Decimal(info.serverMTime), Decimal(info.clientMTime), Decimal(info.size), quotedName,
                                   Quote(parentPath), Acronym(quotedName), Decimal(info.type), Quote(info.typeName),
-                                  Decimal(info.viewType), Quote(info.viewName), parentId, Decimal(info.attr),
+                                  Decimal(info.viewType), Quote(info.viewName), Quote(parentId), Decimal(info.attr),
                                   Decimal(info.errcode), Decimal(info.execTask), Decimal(info.watermark)});
-}
-
-void ncCacheMgr::RollBackQuietly() {
-  try {
-    db_->RollbackTransaction();
-  } catch (const base::Exception&) {
-    // The statement's own error is the one to report.
-  }
 }
 
 void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {
@@ -250,30 +251,25 @@ void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {
   if (oldParent != newParent)
     NC_THROW(NC_ERR_INVALID_ARG, ncDocMgrLibrary::loadString(u"IDS_RENAME_NOT_SAME_PARENT"), relPath, newRelPath);
 
-  // A failed statement rolls the whole rename back before the exception goes on: a
-  // transaction left open would hold the lock and take every later write of this cache
+  // A failed statement or commit rolls the whole rename back before the exception goes on:
+  // a transaction left open would hold the lock and take every later write of this cache
   // with it when the connection closes.
-  db_->BeginTransaction();
-  try {
-    const String quotedNewName = Quote(newName);
-    db_->ExecuteSql(Format(u"update %s set name='%s', acronym='%s' where name='%s' and parentPath='%s'", kTable,
-                           quotedNewName, Acronym(quotedNewName), Quote(oldName), Quote(oldParent)));
-    const String oldPath = base::Trim(oldWorking, u'\\');
-    const String& newPath = newWorking;
-    const String quotedOldPath = Quote(oldPath);
-    Query subtree(db_.get(), Format(u"select distinct parentPath from %s where parentPath='%s' or parentPath like '%s\\%%'",
-                                    kTable, quotedOldPath, quotedOldPath));
-    for (int row = 0; row < subtree.rows(); ++row) {
-      const String oldValue = subtree.text(row, 0);
-      const String newValue = ncDocUtils::ReplaceStr(oldValue, oldPath, newPath, false);
-      db_->ExecuteSql(Format(u"update %s set parentPath='%s' where parentPath='%s'", kTable, Quote(newValue),
-                             Quote(oldValue)));
-    }
-  } catch (...) {
-    RollBackQuietly();
-    throw;
+  ncDBTransaction rename(*db_);
+  const String quotedNewName = Quote(newName);
+  db_->ExecuteSql(Format(u"update %s set name='%s', acronym='%s' where name='%s' and parentPath='%s'", kTable,
+                         quotedNewName, Acronym(quotedNewName), Quote(oldName), Quote(oldParent)));
+  const String oldPath = base::Trim(oldWorking, u'\\');
+  const String& newPath = newWorking;
+  const String quotedOldPath = Quote(oldPath);
+  Query subtree(db_.get(), Format(u"select distinct parentPath from %s where parentPath='%s' or parentPath like '%s\\%%'",
+                                  kTable, quotedOldPath, quotedOldPath));
+  for (int row = 0; row < subtree.rows(); ++row) {
+    const String oldValue = subtree.text(row, 0);
+    const String newValue = ncDocUtils::ReplaceStr(oldValue, oldPath, newPath, false);
+    db_->ExecuteSql(Format(u"update %s set parentPath='%s' where parentPath='%s'", kTable, Quote(newValue),
+                           Quote(oldValue)));
   }
-  db_->CommitTransaction();
+  rename.Commit();
 }
 
 void ncCacheMgr::Delete(const String& relPath, bool onlyChild) {
@@ -281,17 +277,21 @@ void ncCacheMgr::Delete(const String& relPath, bool onlyChild) {
   const String working = WithoutView(relPath);
   if (viewMode_ && working.empty() && !relPath.empty()) {
     // A bare view folder: the whole view goes.
-    db_->ExecuteSql(Format(u"delete from %s where viewName='%s'", kTable, relPath));
+    db_->ExecuteSql(Format(u"delete from %s where viewName='%s'", kTable, Quote(relPath)));
     return;
   }
   NC_CHECK_PATH(working);
   String name, parentPath;
   SplitPath(working, name, parentPath);
+  // The folder and its subtree go together or not at all: a folder row gone with its
+  // children left would orphan them.
+  ncDBTransaction removal(*db_);
   if (!onlyChild)
     db_->ExecuteSql(
         Format(u"delete from %s where name='%s' and parentPath='%s'", kTable, Quote(name), Quote(parentPath)));
   const String subtree = Quote(base::Trim(working, u'\\'));
   db_->ExecuteSql(Format(u"delete from %s where parentPath='%s' or parentPath like '%s\\%%'", kTable, subtree, subtree));
+  removal.Commit();
 }
 
 void ncCacheMgr::UpdateOtag(const String& relPath, const String& otag) {
@@ -312,12 +312,13 @@ void ncCacheMgr::UpdateOtagOf(const String& workingPath, const String& otag) {
   String name, parentPath;
   SplitPath(workingPath, name, parentPath);
   if (!otag.empty()) {
-    db_->ExecuteSql(Format(u"update %s set otag='%s' where name='%s' and parentPath='%s'", kTable, otag, Quote(name),
+    db_->ExecuteSql(Format(u"update %s set otag='%s' where name='%s' and parentPath='%s'", kTable, Quote(otag), Quote(name),
                            Quote(parentPath)));
     return;
   }
   // No known version: the item and every folder up to the top must be compared with the
-  // server again, and so must the folders and delayed items below it.
+  // server again, and so must the folders and delayed items below it; all of them or none.
+  ncDBTransaction clearing(*db_);
   db_->ExecuteSql(Format(kClearOtag, kTable, Quote(name), Quote(parentPath)));
   while (!parentPath.empty()) {
     String ancestor, ancestorParent;
@@ -329,6 +330,7 @@ void ncCacheMgr::UpdateOtagOf(const String& workingPath, const String& otag) {
   db_->ExecuteSql(Format(
       u"update %s set otag='' where (parentPath='%s' or parentPath like '%s\\%%') and (isDir='%d' or state='%d')",
       kTable, subtree, subtree, 1, NC_CACHE_STATE_DELAY));
+  clearing.Commit();
 }
 
 void ncCacheMgr::UpdateColumn(const char16_t* format, const String& relPath, int32_t value) {
@@ -365,7 +367,7 @@ void ncCacheMgr::UpdateTypeName(const String& relPath, const String& typeName) {
   if (typeName.empty()) NC_THROW(NC_ERR_INVALID_ARG, u"Argument (%s) is EMPTY.", u"typeName");
   String name, parentPath;
   SplitPath(working, name, parentPath);
-  db_->ExecuteSql(Format(u"update %s set typeName='%s' where name='%s' and parentPath='%s'", kTable, typeName,
+  db_->ExecuteSql(Format(u"update %s set typeName='%s' where name='%s' and parentPath='%s'", kTable, Quote(typeName),
                          Quote(name), Quote(parentPath)));
 }
 
@@ -373,6 +375,9 @@ void ncCacheMgr::Unlock(const String& relPath) {
   NC_TRACE(u"relPath: %s", relPath);
   String name, parentPath;
   WorkingPath(relPath, name, parentPath);
+  // Read and write in one transaction, so that no other thread's change of the attributes
+  // falls between them and is lost.
+  ncDBTransaction unlock(*db_);
   int32_t attr = 0;
   {
     Query query(db_.get(), Format(u"select attr from %s where name='%s' and parentPath='%s'", kTable, Quote(name),
@@ -382,6 +387,7 @@ void ncCacheMgr::Unlock(const String& relPath) {
   }
   db_->ExecuteSql(
       Format(u"update %s set attr='%d' where name='%s' and parentPath='%s'", kTable, attr, Quote(name), Quote(parentPath)));
+  unlock.Commit();
 }
 
 void ncCacheMgr::Unsync_UpdateAllState(int32_t state) {
@@ -766,16 +772,7 @@ void ncCacheMgr::BeginBatch() {
 
 void ncCacheMgr::CommitBatch() {
   NC_TRACE(u"this: 0x%p", this);
-  try {
-    db_->CommitTransaction();
-  } catch (const base::Exception&) {
-    try {
-      db_->RollbackTransaction();
-    } catch (const base::Exception&) {
-      // The commit's own error is the one to report.
-    }
-    throw;
-  }
+  ncDBTransaction::CommitOrRollBack(*db_);
 }
 
 void ncCacheMgr::RollbackBatch() {

@@ -79,7 +79,8 @@ class ncCacheMgr : public ncICacheMgr, public ncIStoreBatch {
   virtual ~ncCacheMgr();
 
  private:
-  void RollBackQuietly();
+  // The tables and indexes of a new cache; all that a protected connection may not do.
+  void CreateSchema();
   // The path without its view folder in view mode (everything after the first "\").
   String WithoutView(const String& relPath) const;
   // The view step, the path check and the split shared by the update operations.

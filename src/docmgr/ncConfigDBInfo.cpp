@@ -2,6 +2,7 @@
 
 #include "base/Directory.h"
 #include "docmgr/ncAutoGetTable.h"
+#include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "platform/ncPlatform.h"
 
@@ -29,6 +30,7 @@ bool ncConfigDBInfo::Init(const String& path, bool isLocalSync) {
     platform::SetFileAttributes(dbPath_, platform::kAttrHidden);
   }
   dbMgr_->Open(base::Path::combine(dbPath_, u"config.db"));
+  dbMgr_->ProtectSchema();
   return existed;
 }
 
@@ -73,7 +75,14 @@ int32_t ncConfigDBInfo::ReadVersion(const char16_t* table) {
 }
 
 void ncConfigDBInfo::WriteVersion(const char16_t* table, int32_t version) {
-  dbMgr_->ExecuteSql(base::Format(u"create table if not exists %s (versionId int PRIMARY KEY)", table));
+  {
+    ncDBMgr::SchemaChange firstWrite(*dbMgr_);
+    dbMgr_->ExecuteSql(base::Format(u"create table if not exists %s (versionId int PRIMARY KEY)", table));
+  }
+  // The one row is replaced in one transaction: an interruption between the two statements
+  // must not leave the store without a version.
+  ncDBTransaction replace(*dbMgr_);
   dbMgr_->ExecuteSql(base::Format(u"delete from %s", table));
   dbMgr_->ExecuteSql(base::Format(u"insert into %s values('%d')", table, version));
+  replace.Commit();
 }

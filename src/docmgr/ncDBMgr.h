@@ -1,6 +1,7 @@
 // The SQLite wrapper every store uses: one connection, the component's connection
-// settings, statements as wide strings, and explicit transactions serialised by a lock
-// held from BeginTransaction to CommitTransaction or RollbackTransaction.
+// settings, statements as wide strings, exactly one statement per call, and a recursive
+// lock held by every statement and from BeginTransaction to CommitTransaction or
+// RollbackTransaction, so that no statement of another thread lands inside a transaction.
 #pragma once
 
 #include <sqlite3.h>
@@ -28,6 +29,8 @@ class ncDBMgr : public ncIDBMgr {
   void GetTable(const String& sql, int& rowCount, int& columnCount, char**& result);
 
   sqlite3* GetHandle() const { return db_; }
+  // True inside a transaction; meaningful to the thread that holds the lock.
+  bool InTransaction() const { return db_ && !sqlite3_get_autocommit(db_); }
 
   // Schema changes on a protected connection (CREATE, DROP, ALTER, ATTACH, DETACH, any write
   // to sqlite_master) are refused, except inside a SchemaChange scope: the stores open one
@@ -35,6 +38,8 @@ class ncDBMgr : public ncIDBMgr {
   // value spliced into a later statement can change the schema. A connection from
   // ncIDocMgr::CreateDBMgr stays unprotected: it belongs to the client.
   void ProtectSchema();
+  // Holds the connection lock for its lifetime: no statement of another thread runs while
+  // the schema may change.
   class SchemaChange {
    public:
     explicit SchemaChange(ncDBMgr& db);
@@ -50,8 +55,14 @@ class ncDBMgr : public ncIDBMgr {
   virtual ~ncDBMgr();
 
  private:
+  friend class ncDBTransaction;  // takes the lock before it looks for an open transaction
+  static int Authorize(void* self, int action, const char* object, const char* detail, const char* database,
+                       const char* trigger);
+  // Releases the lock taken by BeginTransaction once no transaction is open any more.
+  void UnlockUnlessInTransaction();
+
   sqlite3* db_ = nullptr;
   base::ThreadMutexLock transactionLock_;
-  bool schemaProtected_ = false;
-  int schemaChangeDepth_ = 0;  // open SchemaChange scopes
+  bool schemaProtected_ = false;  // guarded by transactionLock_
+  int schemaChangeDepth_ = 0;     // open SchemaChange scopes; guarded by transactionLock_
 };

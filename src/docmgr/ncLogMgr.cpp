@@ -1,6 +1,7 @@
 #include "docmgr/ncLogMgr.h"
 
 #include "docmgr/ncAutoGetTable.h"
+#include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
 
@@ -45,6 +46,12 @@ void ncLogMgr::Init(const String& path) {
   NC_CHECK_PATH(path);
   dbMgr_->Open(path);
   dbMgr_->ExecuteSql(u"PRAGMA synchronous=OFF;");
+  CreateSchema();
+  dbMgr_->ProtectSchema();
+}
+
+void ncLogMgr::CreateSchema() {
+  ncDBMgr::SchemaChange setUp(*dbMgr_);
   dbMgr_->ExecuteSql(base::Format(u"create table if not exists %s ( id INTEGER PRIMARY KEY, logType int, "
                                   u"taskType int, relPath text, newName text, size int, time int, remark text, "
                                   u"visible bool)",
@@ -107,22 +114,13 @@ void ncLogMgr::RepairDeleteTrigger() {
   }
   if (!ReadsNewLogType(stored)) return;
   NC_TRACE(u"repairing %s: %s", kDeleteTrigger, stored);
-  dbMgr_->BeginTransaction();
-  try {
-    dbMgr_->ExecuteSql(base::Format(u"drop trigger if exists %s", kDeleteTrigger));
-    dbMgr_->ExecuteSql(base::Format(kDeleteTriggerSql, kDeleteTrigger, kLogTable, kStatTable));
-    dbMgr_->ExecuteSql(base::Format(u"update %s set logCount = (select count(*) from %s where %s.logType = "
-                                    u"%s.logType)",
-                                    kStatTable, kLogTable, kLogTable, kStatTable));
-    dbMgr_->CommitTransaction();
-  } catch (const base::Exception&) {
-    try {
-      dbMgr_->RollbackTransaction();
-    } catch (const base::Exception&) {
-      // The first failure is the one worth reporting.
-    }
-    throw;
-  }
+  ncDBTransaction repair(*dbMgr_);
+  dbMgr_->ExecuteSql(base::Format(u"drop trigger if exists %s", kDeleteTrigger));
+  dbMgr_->ExecuteSql(base::Format(kDeleteTriggerSql, kDeleteTrigger, kLogTable, kStatTable));
+  dbMgr_->ExecuteSql(base::Format(u"update %s set logCount = (select count(*) from %s where %s.logType = "
+                                  u"%s.logType)",
+                                  kStatTable, kLogTable, kLogTable, kStatTable));
+  repair.Commit();
 }
 
 void ncLogMgr::RecordSyncLog(int logType, const ncSyncLogInfo& info) {
@@ -216,16 +214,7 @@ void ncLogMgr::BeginBatch() {
 
 void ncLogMgr::CommitBatch() {
   NC_TRACE(u"this: 0x%p", this);
-  try {
-    dbMgr_->CommitTransaction();
-  } catch (const base::Exception&) {
-    try {
-      dbMgr_->RollbackTransaction();
-    } catch (const base::Exception&) {
-      // The commit's own error is the one to report.
-    }
-    throw;
-  }
+  ncDBTransaction::CommitOrRollBack(*dbMgr_);
 }
 
 void ncLogMgr::RollbackBatch() {

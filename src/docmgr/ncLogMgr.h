@@ -18,6 +18,8 @@ class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
   // old one that refers to new.logType (which current SQLite refuses, blocking every insert
   // and delete) gets the trigger replaced and its counters recounted.
   void Init(const String& path);
+  // The store's database connection.
+  ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
   void Close();
   void CreateStatTable();
   void CreateTrigger();
@@ -39,6 +41,8 @@ class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
   virtual ~ncLogMgr();
 
  private:
+  // The tables, indexes and triggers of a new store; all that a protected connection may not do.
+  void CreateSchema();
   void RepairDeleteTrigger();
   // Visible entries of the type; a missing row throws code 1 naming tableInMessage.
   uint32_t CountVisible(int logType, const char16_t* tableInMessage);

@@ -102,6 +102,12 @@ void ncMsgMgr::Init(const String& path) {
   NC_CHECK_PATH(path);
   dbMgr_->Open(path);
   dbMgr_->ExecuteSql(u"PRAGMA synchronous=OFF;");
+  CreateSchema();
+  dbMgr_->ProtectSchema();
+}
+
+void ncMsgMgr::CreateSchema() {
+  ncDBMgr::SchemaChange setUp(*dbMgr_);
   dbMgr_->ExecuteSql(base::Format(
       u"create table if not exists %s (id INTEGER PRIMARY KEY, msgId text, relPath text, sender text, recipient text, "
       u"isDir int, msgType int, accessorType int, csfLevel int, allowPermValue int, refusePermValue int, "
@@ -120,12 +126,13 @@ void ncMsgMgr::Close() {
 void ncMsgMgr::RecordMsg(const std::vector<ncMsgInfo>& msgs) {
   NC_TRACE(u"this: 0x%p", this);
   for (const ncMsgInfo& m : msgs) {
-    // The message id is the server's and goes in as it is; the texts get their quotes doubled.
+    // Every text gets its quotes doubled, the server's message id too: an id without an
+    // apostrophe reads as before, and one with an apostrophe cannot end its string early.
     dbMgr_->ExecuteSql(base::Format(
         u"insert into %s values(NULL, '%s', '%s', '%s', '%s', '%d', '%d', '%d', '%d', '%d', '%d', '%I64d', '%I64d', "
         u"'%d', '%d', '%s', '%d', '%s', '%s', '%s', '%s', '%d', '%s', '%d', '%I64d', '%d', '%s', '%s', '%s', '%s', "
         u"'%d', '%I64d','%s','%d')",
-        kMsgTable, m.msgId, Q::QuoteSql(m.relPath), Q::QuoteSql(m.sender), Q::QuoteSql(m.recipient), m.isDir,
+        kMsgTable, Q::QuoteSql(m.msgId), Q::QuoteSql(m.relPath), Q::QuoteSql(m.sender), Q::QuoteSql(m.recipient), m.isDir,
         m.msgType, m.accessorType, m.csfLevel, m.allowPermValue, m.refusePermValue, m.shareingTime, m.deadlineTime,
         m.state, m.perm, Q::QuoteSql(m.auditorName), m.auditResult, Q::QuoteSql(m.auditMsg), Q::QuoteSql(m.requester),
         Q::QuoteSql(m.previousAuditor), Q::QuoteSql(m.processName), m.docAuditType, Q::QuoteSql(m.nextAuditor),

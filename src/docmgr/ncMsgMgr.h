@@ -12,6 +12,8 @@ class ncMsgMgr : public ncIMsgMgr {
   ncMsgMgr();
 
   void Init(const String& path);
+  // The store's database connection.
+  ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
   void Close();
 
   void RecordMsg(const std::vector<ncMsgInfo>& msgs) override;
@@ -26,5 +28,7 @@ class ncMsgMgr : public ncIMsgMgr {
   virtual ~ncMsgMgr();
 
  private:
+  // The tables, indexes and triggers of a new store; all that a protected connection may not do.
+  void CreateSchema();
   nsCOMPtr<ncDBMgr> dbMgr_;
 };

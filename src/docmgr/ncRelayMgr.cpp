@@ -152,6 +152,12 @@ void ncRelayMgr::Init(const String& path) {
   NC_CHECK_PATH(path);
   dbMgr_->Open(path);
   dbMgr_->ExecuteSql(u"PRAGMA synchronous=NORMAL;");
+  CreateSchema();
+  dbMgr_->ProtectSchema();
+}
+
+void ncRelayMgr::CreateSchema() {
+  ncDBMgr::SchemaChange setUp(*dbMgr_);
   dbMgr_->ExecuteSql(base::Format(
       u"create table if not exists %s (\t\t\tsrcPath text PRIMARY KEY,\t\t\tdestPath text,\t\t\tdocId text,\t\t\t"
       u"md5 text,\t\t\tcrc32 text,\t\t\tsliceMd5 text,\t\t\tuploadId text,\t\t\tlastModified text,\t\t\t"
@@ -188,15 +194,18 @@ int32_t ncRelayMgr::EncodeRatio(double ratio) {
 
 void ncRelayMgr::UpdateUploadNonius(const ncUploadNonius& r) {
   NC_TRACE(u"absPath: %s", r.srcPath);
-  // Paths are quoted; digests, ids, tags and the block list go in as they are.
+  // Every text has its quotes doubled, the server's digests, ids, tags and block list too:
+  // a value without an apostrophe leaves the statement as it was, and one with an
+  // apostrophe is written as it is instead of failing the call or running SQL of its own.
   dbMgr_->ExecuteSql(base::Format(
       u"replace into %s(srcPath, destPath, docId, md5, crc32, sliceMd5, uploadId, lastModified, otag, partSize, "
       u"size, unUploadBlocks, direcMode, status, taskSrc, onDup, delSrc, ratios, duration, csf)\t\t\tvalues('%s', "
       u"'%s', '%s', '%s', '%s', '%s', '%s', '%s', '%s', '%s', '%s', '%s', '%d', '%d', '%d', '%d', '%d', '%d', "
       u"'%s','%s')",
-      kUploadTable, Q::QuoteSql(r.srcPath), Q::QuoteSql(r.destPath), r.docId, r.md5, r.crc32, r.sliceMd5, r.uploadId,
-      Decimal(r.lastModified), r.otag, Decimal(r.partSize), Decimal(r.size), r.unUploadBlocks, r.direcMode, r.status,
-      r.taskSrc, r.onDup, r.delSrc, EncodeRatio(r.ratios), Decimal(r.duration), r.csf));
+      kUploadTable, Q::QuoteSql(r.srcPath), Q::QuoteSql(r.destPath), Q::QuoteSql(r.docId), Q::QuoteSql(r.md5),
+      Q::QuoteSql(r.crc32), Q::QuoteSql(r.sliceMd5), Q::QuoteSql(r.uploadId), Decimal(r.lastModified),
+      Q::QuoteSql(r.otag), Decimal(r.partSize), Decimal(r.size), Q::QuoteSql(r.unUploadBlocks), r.direcMode, r.status,
+      r.taskSrc, r.onDup, r.delSrc, EncodeRatio(r.ratios), Decimal(r.duration), Q::QuoteSql(r.csf)));
 }
 
 bool ncRelayMgr::GetUploadNoniusByPath(const String& path, ncUploadNonius& info) {
@@ -232,7 +241,7 @@ bool ncRelayMgr::ListUploadNoniusWithStatus2(std::vector<ncUploadNonius>& list) 
 void ncRelayMgr::UpdateUploadNoniusUnuploadBlocks(const String& path, const String& unUploadBlocks, int status) {
   NC_TRACE(u"absPath: %s", path);
   dbMgr_->ExecuteSql(base::Format(u"update %s set unUploadBlocks='%s', status='%d' where srcPath='%s'", kUploadTable,
-                                  unUploadBlocks, status, Q::QuoteSql(path)));
+                                  Q::QuoteSql(unUploadBlocks), status, Q::QuoteSql(path)));
 }
 
 void ncRelayMgr::UpdateUploadNoniusDuration(const String& path, int64_t duration) {
@@ -356,7 +365,8 @@ void ncRelayMgr::UpdateDownloadNonius(const ncDownloadNonius& r) {
       u"replace into %s(srcPath, destPath, docId, lastModified, otag, docType, typeName, viewType, viewName, mtime, "
       u"size, attr, range, direcMode, status, taskSrc, delSrc, ratios)\t\t\tvalues('%s', '%s', '%s', '%s', '%s', "
       u"'%d', '%s', '%d', '%s', '%s', '%s', '%d', '%s', '%d', '%d', '%d', '%d', '%d')",
-      kDownloadTable, Q::QuoteSql(r.srcPath), Q::QuoteSql(r.destPath), r.docId, Decimal(r.lastModified), r.otag,
+      kDownloadTable, Q::QuoteSql(r.srcPath), Q::QuoteSql(r.destPath), Q::QuoteSql(r.docId), Decimal(r.lastModified),
+      Q::QuoteSql(r.otag),
       r.docType, Q::QuoteSql(r.typeName), r.viewType, Q::QuoteSql(r.viewName), Decimal(r.mtime), Decimal(r.size),
       r.attr, Decimal(r.range), r.direcMode, r.status, r.taskSrc, r.delSrc, EncodeRatio(r.ratios)));
 }

@@ -14,6 +14,8 @@ class ncRelayMgr : public ncIRelayMgr {
   ncRelayMgr();
 
   void Init(const String& path);
+  // The store's database connection.
+  ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
   void Close();
 
   void UpdateUploadNonius(const ncUploadNonius& info) override;
@@ -46,5 +48,7 @@ class ncRelayMgr : public ncIRelayMgr {
   virtual ~ncRelayMgr();
 
  private:
+  // The tables, indexes and triggers of a new store; all that a protected connection may not do.
+  void CreateSchema();
   nsCOMPtr<ncDBMgr> dbMgr_;
 };
