@@ -13,12 +13,10 @@ JOBS     ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_FLAGS ?=
 SECONDS  ?= 60
 FUZZ_TARGETS := fuzz_json fuzz_blocklist fuzz_pathrules fuzz_format
-
 KILLS    ?= 200
 STRESS_SECONDS ?= 60
 # Any ThreadSanitizer report ends the run with a failure.
 TSAN_OPTIONS_RUN := TSAN_OPTIONS="halt_on_error=1 exitcode=66 second_deadlock_stack=1"
-
 
 .PHONY: all deps configure build test demo bench sanitize-test crash-test tsan-test fuzz clean
 
