@@ -5,8 +5,8 @@
 #include <string>
 
 #include "CliContext.h"
-#include "docmgr/public/ncICacheMgr.h"
-#include "docmgr/public/ncIPathMgr.h"
+#include "docmgr/ncICacheMgr.h"
+#include "docmgr/ncIPathMgr.h"
 
 // The name of a sync root's data directory.
 extern const char kDataDirectoryName[];

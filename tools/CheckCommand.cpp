@@ -7,8 +7,8 @@
 
 #include "CliCommand.h"
 #include "base/Exception.h"
-#include "docmgr/public/ncIDBMgr.h"
-#include "docmgr/public/ncIPathMgr.h"
+#include "docmgr/ncIDBMgr.h"
+#include "docmgr/ncIPathMgr.h"
 
 namespace {
 

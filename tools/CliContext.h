@@ -5,9 +5,9 @@
 #include <string>
 
 #include "base/String.h"
-#include "docmgr/public/ncIDocMgr.h"
-#include "xpcom/nsCOMPtr.h"
-#include "xpcom/nsHostLoader.h"
+#include "docmgr/ncIDocMgr.h"
+#include "docmgr/nsCOMPtr.h"
+#include "docmgr/nsHostLoader.h"
 
 class CliContext {
  public:

@@ -3,7 +3,7 @@
 
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
-#include "docmgr/public/ncIADSMgr.h"
+#include "docmgr/ncIADSMgr.h"
 
 namespace {
 

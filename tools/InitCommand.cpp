@@ -1,6 +1,6 @@
 // init ROOT: open the local state of a sync root and show where it lives.
 #include "CliCommand.h"
-#include "docmgr/public/ncIPathMgr.h"
+#include "docmgr/ncIPathMgr.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "CliCommand.h"
-#include "docmgr/public/ncILogMgr.h"
+#include "docmgr/ncILogMgr.h"
 
 namespace {
 

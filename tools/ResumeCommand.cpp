@@ -4,7 +4,7 @@
 
 #include "CliCommand.h"
 #include "base/Exception.h"
-#include "docmgr/public/ncIRelayMgr.h"
+#include "docmgr/ncIRelayMgr.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
 #include "ProgressBar.h"
-#include "docmgr/public/ncIADSMgr.h"
-#include "docmgr/public/ncILogMgr.h"
+#include "docmgr/ncIADSMgr.h"
+#include "docmgr/ncILogMgr.h"
 
 namespace {
 

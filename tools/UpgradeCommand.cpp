@@ -7,7 +7,7 @@
 
 #include "CliCommand.h"
 #include "ProgressBar.h"
-#include "docmgr/public/ncIUpgradeMgr.h"
+#include "docmgr/ncIUpgradeMgr.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <type_traits>
 #include <vector>
 
-namespace base {
+#include "docmgr/String.h"
 
-using String = std::u16string;
+namespace base {
 
 // UTF-8 <-> UTF-16. Invalid input units become U+FFFD.
 std::string ToUtf8(const String& text);

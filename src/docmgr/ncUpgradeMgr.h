@@ -10,7 +10,7 @@
 #include "base/Thread.h"
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncIUpgradeMgr.h"
+#include "docmgr/ncIUpgradeMgr.h"
 
 class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
   NC_DECL_ISUPPORTS

@@ -7,8 +7,8 @@
 #include <set>
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 // One row of tb_upload_nonius, fields in column order.
 struct ncUploadNonius {

@@ -3,8 +3,8 @@
 // their records by.
 #pragma once
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 class ncIPathMgr : public nsISupports {
  public:

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 class ncIADSMgr : public nsISupports {
  public:

@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 struct ncUpgradeSummary {
   int state = 0;       // 0 not started, 1 running, 2 finished, 3 failed

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "xpcom/nsCOMPtr.h"
-#include "xpcom/nsIModule.h"
+#include "docmgr/nsCOMPtr.h"
+#include "docmgr/nsIModule.h"
 
 class nsHostLoader {
  public:

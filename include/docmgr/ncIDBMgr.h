@@ -1,8 +1,8 @@
 // One SQLite connection with the component's settings. Every failure is thrown.
 #pragma once
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 class ncIDBMgr : public nsISupports {
  public:

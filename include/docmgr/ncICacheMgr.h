@@ -25,8 +25,8 @@
 #include <map>
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 // States of a row that this component interprets; other values are the sync engine's.
 enum ncCacheState : int32_t {

@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "base/String.h"
-#include "docmgr/public/ncILogMgr.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/ncILogMgr.h"
+#include "docmgr/nsISupports.h"
 
 class ncIPathMgr;
 class ncIFileMgr;

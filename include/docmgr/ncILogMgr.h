@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 // One entry of the log. The log type is not part of the entry; every call names it.
 struct ncSyncLogInfo {

@@ -4,8 +4,8 @@
 // item: a failure leaves it at its old name, at the temporary name or at its new name.
 #pragma once
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 class ncIFileMgr : public nsISupports {
  public:

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 // One message: a field for each column of tb_msg after its row id, in column order.
 struct ncMsgInfo {
