@@ -1,5 +1,13 @@
 // The document manager: the component a client creates to open the local state of a sync
 // root and obtain its managers.
+//
+// Ownership: the host creates the document manager (reference counted) and releases it.
+// Every manager a getter returns carries a reference the caller releases (CreateDBMgr's
+// wrapper excepted: the document manager keeps it). Close closes every store; managers
+// still held by the caller stay valid objects but their stores are closed.
+// Thread safety: Init, IniLocalSync, AddLocalSync, RemoveLocalSync and Close must not run
+// concurrently with each other or with the getters and reports; the managers handed out may
+// be used from any thread, each as its own header says.
 #pragma once
 
 #include <cstdint>
