@@ -52,7 +52,7 @@ demo: build
 	$(BUILD)/bin/docmgr-cli demo $(BUILD)/demo-root
 
 bench: deps
-	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DDOCMGR_BENCH=ON
+	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DDOCMGR_BUILD_BENCH=ON -DDOCMGR_BUILD_TESTS=OFF
 	cmake --build build-bench -j $(JOBS)
 	cd build-bench && ./bin/docmgr-bench
 

@@ -7,7 +7,7 @@
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "platform/ncPlatform.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 #include "base/String.h"
 
 namespace fuzz {

@@ -9,7 +9,7 @@
 #include "dataapi/ncJson.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncRelayMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncPathMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 namespace {
 

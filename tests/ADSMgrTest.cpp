@@ -10,7 +10,7 @@
 #include "docmgr/ncADSMgr.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "platform/ncPlatform.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include "TestSupport.h"
 #include "dataapi/ncJson.h"
 #include "docmgr/ncDocMgr.h"
-#include "docmgr/public/ncILogMgr.h"
+#include "docmgr/ncILogMgr.h"
 
 namespace {
 

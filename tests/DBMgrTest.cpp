@@ -10,7 +10,7 @@
 #include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncModuleAllocator.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 using base::String;
 

@@ -6,15 +6,15 @@
 #include "base/ncModulePool.h"
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgr.h"
-#include "docmgr/public/ncIADSMgr.h"
-#include "docmgr/public/ncICacheMgr.h"
-#include "docmgr/public/ncIFileMgr.h"
-#include "docmgr/public/ncILogMgr.h"
-#include "docmgr/public/ncIMsgMgr.h"
-#include "docmgr/public/ncIPathMgr.h"
-#include "docmgr/public/ncIRelayMgr.h"
+#include "docmgr/ncIADSMgr.h"
+#include "docmgr/ncICacheMgr.h"
+#include "docmgr/ncIFileMgr.h"
+#include "docmgr/ncILogMgr.h"
+#include "docmgr/ncIMsgMgr.h"
+#include "docmgr/ncIPathMgr.h"
+#include "docmgr/ncIRelayMgr.h"
 #include "platform/ncPlatform.h"
-#include "xpcom/nsHostLoader.h"
+#include "docmgr/nsHostLoader.h"
 
 extern "C" nsresult NSGetModule(nsIComponentManager*, nsIFile*, nsIModule**);
 

@@ -10,7 +10,7 @@
 #include "FileTestSupport.h"
 #include "TestSupport.h"
 #include "base/Directory.h"
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 #include "base/File.h"
 #include "base/MoResourceLoader.h"
 #include "base/Path.h"

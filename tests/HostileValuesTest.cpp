@@ -14,7 +14,7 @@
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncMsgMgr.h"
 #include "docmgr/ncRelayMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 using base::String;
 

@@ -8,20 +8,20 @@
 #include <cstring>
 #include <type_traits>
 
-#include "docmgr/public/ncIADSMgr.h"
-#include "docmgr/public/ncICacheMgr.h"
-#include "docmgr/public/ncIDBMgr.h"
-#include "docmgr/public/ncIDocMgr.h"
-#include "docmgr/public/ncIFileMgr.h"
-#include "docmgr/public/ncILogMgr.h"
-#include "docmgr/public/ncIMsgMgr.h"
-#include "docmgr/public/ncIPathMgr.h"
-#include "docmgr/public/ncIRelayMgr.h"
-#include "docmgr/public/ncIUpgradeMgr.h"
-#include "docmgr/public/ncIVerUpgrader.h"
-#include "xpcom/nsIComponentRegistrar.h"
-#include "xpcom/nsIFactory.h"
-#include "xpcom/nsIModule.h"
+#include "docmgr/ncIADSMgr.h"
+#include "docmgr/ncICacheMgr.h"
+#include "docmgr/ncIDBMgr.h"
+#include "docmgr/ncIDocMgr.h"
+#include "docmgr/ncIFileMgr.h"
+#include "docmgr/ncILogMgr.h"
+#include "docmgr/ncIMsgMgr.h"
+#include "docmgr/ncIPathMgr.h"
+#include "docmgr/ncIRelayMgr.h"
+#include "docmgr/ncIUpgradeMgr.h"
+#include "docmgr/ncIVerUpgrader.h"
+#include "docmgr/nsIComponentRegistrar.h"
+#include "docmgr/nsIFactory.h"
+#include "docmgr/nsIModule.h"
 
 namespace {
 

@@ -20,7 +20,7 @@
 #include "docmgr/ncPathMgr.h"
 #include "docmgr/ncRelayMgr.h"
 #include "platform/ncPlatform.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 namespace {
 

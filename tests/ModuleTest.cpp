@@ -8,10 +8,10 @@
 #include "TestSupport.h"
 #include "base/ncModulePool.h"
 #include "docmgr/ncDocMgrLibrary.h"
-#include "docmgr/public/ncIDocMgr.h"
-#include "docmgr/public/ncIPathMgr.h"
-#include "docmgr/public/ncIUpgradeMgr.h"
-#include "xpcom/nsHostLoader.h"
+#include "docmgr/ncIDocMgr.h"
+#include "docmgr/ncIPathMgr.h"
+#include "docmgr/ncIUpgradeMgr.h"
+#include "docmgr/nsHostLoader.h"
 
 extern "C" nsresult NSGetModule(nsIComponentManager*, nsIFile*, nsIModule**);
 

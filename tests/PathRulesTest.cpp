@@ -13,7 +13,7 @@
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncPathMgr.h"
 #include "platform/ncPlatform.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 #include "base/String.h"
 
 class ncDBMgr;

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <thread>
 
-#include "docmgr/public/ncIUpgradeMgr.h"
+#include "docmgr/ncIUpgradeMgr.h"
 
 namespace test {
 

@@ -6,8 +6,8 @@
 
 #include "CliContext.h"
 #include "Display.h"
-#include "docmgr/public/ncICacheMgr.h"
-#include "docmgr/public/ncIPathMgr.h"
+#include "docmgr/ncICacheMgr.h"
+#include "docmgr/ncIPathMgr.h"
 
 // The name of a sync root's data directory.
 extern const char kDataDirectoryName[];

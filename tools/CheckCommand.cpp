@@ -12,8 +12,8 @@
 #include "CliCommand.h"
 #include "OsError.h"
 #include "Translation.h"
-#include "base/Exception.h"
-#include "docmgr/public/ncIDBMgr.h"
+#include "docmgr/Exception.h"
+#include "docmgr/ncIDBMgr.h"
 
 namespace {
 

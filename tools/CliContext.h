@@ -8,9 +8,9 @@
 #include "JsonWriter.h"
 #include "LockWatch.h"
 #include "base/String.h"
-#include "docmgr/public/ncIDocMgr.h"
-#include "xpcom/nsCOMPtr.h"
-#include "xpcom/nsHostLoader.h"
+#include "docmgr/ncIDocMgr.h"
+#include "docmgr/nsCOMPtr.h"
+#include "docmgr/nsHostLoader.h"
 
 class CliContext {
  public:

@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "docmgr/public/ncICacheMgr.h"
+#include "docmgr/ncICacheMgr.h"
 
 class FolderListings {
  public:

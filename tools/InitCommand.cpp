@@ -2,7 +2,7 @@
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
 #include "Translation.h"
-#include "docmgr/public/ncIPathMgr.h"
+#include "docmgr/ncIPathMgr.h"
 
 namespace {
 

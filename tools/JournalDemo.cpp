@@ -1,8 +1,8 @@
 #include "JournalDemo.h"
 
 #include "CliCommand.h"
-#include "docmgr/public/ncILogMgr.h"
-#include "docmgr/public/ncIRelayMgr.h"
+#include "docmgr/ncILogMgr.h"
+#include "docmgr/ncIRelayMgr.h"
 
 namespace {
 

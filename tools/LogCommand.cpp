@@ -6,7 +6,7 @@
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
 #include "Translation.h"
-#include "docmgr/public/ncILogMgr.h"
+#include "docmgr/ncILogMgr.h"
 
 namespace {
 

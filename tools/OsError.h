@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 
 struct OsError {
   int win32Code = 0;  // 0 when the failure did not come from the OS

@@ -3,8 +3,8 @@
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
 #include "Translation.h"
-#include "base/Exception.h"
-#include "docmgr/public/ncIRelayMgr.h"
+#include "docmgr/Exception.h"
+#include "docmgr/ncIRelayMgr.h"
 
 namespace {
 

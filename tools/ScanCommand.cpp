@@ -21,8 +21,8 @@
 #include "ScratchState.h"
 #include "StoreBatches.h"
 #include "Translation.h"
-#include "docmgr/public/ncIADSMgr.h"
-#include "docmgr/public/ncILogMgr.h"
+#include "docmgr/ncIADSMgr.h"
+#include "docmgr/ncILogMgr.h"
 
 namespace {
 

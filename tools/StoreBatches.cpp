@@ -1,6 +1,6 @@
 #include "StoreBatches.h"
 
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 
 StoreBatches::StoreBatches(ncICacheMgr* cache, ncILogMgr* log, bool enabled)
     : cache_(enabled ? do_QueryInterface<ncIStoreBatch>(cache) : nsCOMPtr<ncIStoreBatch>()),

@@ -6,10 +6,10 @@
 
 #include <cstddef>
 
-#include "docmgr/public/ncICacheMgr.h"
-#include "docmgr/public/ncILogMgr.h"
-#include "docmgr/public/ncIStoreBatch.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/ncICacheMgr.h"
+#include "docmgr/ncILogMgr.h"
+#include "docmgr/ncIStoreBatch.h"
+#include "docmgr/nsCOMPtr.h"
 
 class StoreBatches {
  public:

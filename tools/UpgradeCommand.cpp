@@ -9,8 +9,8 @@
 
 #include "CliCommand.h"
 #include "ProgressBar.h"
-#include "base/Exception.h"
-#include "docmgr/public/ncIUpgradeMgr.h"
+#include "docmgr/Exception.h"
+#include "docmgr/ncIUpgradeMgr.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "CliHelp.h"
 #include "OsError.h"
 #include "Translation.h"
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 
 std::vector<CliCommand>& CliRegistry::commands() {
   static std::vector<CliCommand> list;

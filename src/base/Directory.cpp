@@ -2,7 +2,7 @@
 
 #include <fnmatch.h>
 
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 #include "base/Path.h"
 #include "platform/ncPlatform.h"
 

@@ -1,4 +1,4 @@
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 
 #include <cstring>
 

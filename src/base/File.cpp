@@ -1,6 +1,6 @@
 #include "base/File.h"
 
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 #include "platform/ncPlatform.h"
 
 namespace base {

@@ -6,19 +6,11 @@
 #include <type_traits>
 #include <vector>
 
+#include "docmgr/String.h"
+
 namespace base {
 
-using String = std::u16string;
-
-// UTF-16 <-> WTF-8 (UTF-8 that also writes a lone surrogate in its 3-byte form), so that
-// every String, valid Unicode or not, round-trips through the databases unchanged.
-// FromUtf8 reads valid pairs as usual and a 3-byte surrogate as that one unit (a pair
-// written as two 3-byte forms by another program reads as that pair). Bytes that
-// are not WTF-8 at all cannot have come from ToUtf8 (a foreign database, a system
-// message): each such byte reads as U+FFFD, so nothing fails and nothing crashes, but
-// those bytes are not recovered.
-std::string ToUtf8(const String& text);
-String FromUtf8(const std::string& text);
+// ToUtf8 and FromUtf8 (WTF-8) are declared with the text type in docmgr/String.h.
 String FromUtf8(const char* text);
 // Native file names (bytes on POSIX) <-> String, losslessly in both directions as far as
 // the bytes allow. UTF-8 reads as usual; each byte that is not part of valid UTF-8 reads as

@@ -7,7 +7,7 @@
 #include <ctime>
 #include <mutex>
 
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 #include "base/Thread.h"
 
 namespace base {

@@ -3,7 +3,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "base/Exception.h"
+#include "base/String.h"
+#include "docmgr/Exception.h"
 
 namespace JSON {
 

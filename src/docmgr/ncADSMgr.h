@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncIADSMgr.h"
+#include "docmgr/ncIADSMgr.h"
 
 class ncADSMgr : public ncIADSMgr {
   NC_DECL_ISUPPORTS

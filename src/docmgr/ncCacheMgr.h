@@ -3,9 +3,9 @@
 
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncICacheMgr.h"
-#include "docmgr/public/ncIStoreBatch.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/ncICacheMgr.h"
+#include "docmgr/ncIStoreBatch.h"
+#include "docmgr/nsCOMPtr.h"
 
 class ncCacheMgr : public ncICacheMgr, public ncIStoreBatch {
   NC_DECL_ISUPPORTS

@@ -4,7 +4,7 @@
 
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncPathMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 class ncConfigDBInfo {
  public:

@@ -8,7 +8,7 @@
 
 #include "base/ThreadMutexLock.h"
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncIDBMgr.h"
+#include "docmgr/ncIDBMgr.h"
 
 class ncDBMgr : public ncIDBMgr {
   NC_DECL_ISUPPORTS

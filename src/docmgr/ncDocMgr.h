@@ -14,8 +14,8 @@
 #include "docmgr/ncMsgMgr.h"
 #include "docmgr/ncPathMgr.h"
 #include "docmgr/ncRelayMgr.h"
-#include "docmgr/public/ncIDocMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/ncIDocMgr.h"
+#include "docmgr/nsCOMPtr.h"
 
 class ncDocMgr : public ncIDocMgr {
   NC_DECL_ISUPPORTS

@@ -1,7 +1,7 @@
 // Tracing, errors and argument checks shared by the classes of the component.
 #pragma once
 
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 #include "base/Path.h"
 #include "base/String.h"
 #include "base/Trace.h"

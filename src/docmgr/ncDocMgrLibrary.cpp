@@ -4,7 +4,7 @@
 #include <limits>
 #include <memory>
 
-#include "base/Exception.h"
+#include "docmgr/Exception.h"
 #include "base/ResourceFile.h"
 #include "base/SystemLog.h"
 #include "base/ncBasePool.h"

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncIFileMgr.h"
-#include "docmgr/public/ncIPathMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/ncIFileMgr.h"
+#include "docmgr/ncIPathMgr.h"
+#include "docmgr/nsCOMPtr.h"
 
 class ncFileMgr : public ncIFileMgr {
   NC_DECL_ISUPPORTS

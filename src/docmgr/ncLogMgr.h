@@ -5,9 +5,9 @@
 
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncILogMgr.h"
-#include "docmgr/public/ncIStoreBatch.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/ncILogMgr.h"
+#include "docmgr/ncIStoreBatch.h"
+#include "docmgr/nsCOMPtr.h"
 
 class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
   NC_DECL_ISUPPORTS

@@ -3,8 +3,8 @@
 
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncIMsgMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/ncIMsgMgr.h"
+#include "docmgr/nsCOMPtr.h"
 
 class ncMsgMgr : public ncIMsgMgr {
   NC_DECL_ISUPPORTS

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncIPathMgr.h"
+#include "docmgr/ncIPathMgr.h"
 
 class ncPathMgr : public ncIPathMgr {
   NC_DECL_ISUPPORTS

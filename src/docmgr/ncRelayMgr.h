@@ -5,8 +5,8 @@
 
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncIRelayMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/ncIRelayMgr.h"
+#include "docmgr/nsCOMPtr.h"
 
 class ncRelayMgr : public ncIRelayMgr {
   NC_DECL_ISUPPORTS

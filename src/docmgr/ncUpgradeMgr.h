@@ -11,7 +11,7 @@
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgrDefs.h"
 #include "docmgr/ncVerUpgrader.h"
-#include "docmgr/public/ncIUpgradeMgr.h"
+#include "docmgr/ncIUpgradeMgr.h"
 
 class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
   NC_DECL_ISUPPORTS

@@ -8,8 +8,8 @@
 
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgrDefs.h"
-#include "docmgr/public/ncIUpgradeMgr.h"
-#include "docmgr/public/ncIVerUpgrader.h"
+#include "docmgr/ncIUpgradeMgr.h"
+#include "docmgr/ncIVerUpgrader.h"
 
 // What a step works with: the root (its config.db and path manager), the summary it counts
 // its work in, and the client's data and views.

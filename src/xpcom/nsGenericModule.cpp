@@ -3,9 +3,9 @@
 #include <atomic>
 #include <new>
 
-#include "xpcom/nsCOMPtr.h"
-#include "xpcom/nsIComponentRegistrar.h"
-#include "xpcom/nsIFactory.h"
+#include "docmgr/nsCOMPtr.h"
+#include "docmgr/nsIComponentRegistrar.h"
+#include "docmgr/nsIFactory.h"
 #include "xpcom/nsRefCount.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // A module built from a static description of its components (NS_NewGenericModule2).
 #pragma once
 
-#include "xpcom/nsIModule.h"
+#include "docmgr/nsIModule.h"
 
 class nsIClassInfo;
 

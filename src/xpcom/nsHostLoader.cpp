@@ -1,12 +1,12 @@
-#include "xpcom/nsHostLoader.h"
+#include "docmgr/nsHostLoader.h"
 
 #include <cstdlib>
 #include <cstring>
 
 #include "base/String.h"
 #include "platform/ncPlatform.h"
-#include "xpcom/nsIComponentRegistrar.h"
-#include "xpcom/nsIFactory.h"
+#include "docmgr/nsIComponentRegistrar.h"
+#include "docmgr/nsIFactory.h"
 #include "xpcom/nsRefCount.h"
 
 // The host's component manager and registrar in one object, laid out as the frozen

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "xpcom/nscore.h"
+#include "docmgr/nscore.h"
 
 class nsRefCount {
  public:

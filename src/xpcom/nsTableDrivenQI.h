@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "xpcom/nsISupports.h"
+#include "docmgr/nsISupports.h"
 
 struct QITableEntry {
   const nsIID* iid;  // null ends the table

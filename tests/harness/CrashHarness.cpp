@@ -32,7 +32,7 @@
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncMsgMgr.h"
 #include "docmgr/ncRelayMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 namespace {
 

@@ -23,7 +23,7 @@
 #include "docmgr/ncLogMgr.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncRelayMgr.h"
-#include "xpcom/nsCOMPtr.h"
+#include "docmgr/nsCOMPtr.h"
 
 namespace {
 

@@ -19,14 +19,20 @@
 // Failures are thrown as base::Exception with the provider "docmgr": code 2 for an invalid
 // argument, code 1 for a database failure. Lookups that find nothing return false and leave
 // their outputs unchanged.
+//
+// Ownership: one cache manager per sync root, owned by the document manager; the pointer
+// from ncIDocMgr::GetCacheMgr carries a reference the caller releases.
+// Thread safety: any thread. The store's one connection runs one statement at a time; a
+// statement waits while another thread holds a transaction on it (Rename, a batch of
+// ncIStoreBatch). Results are built fresh for every call and belong to the caller.
 #pragma once
 
 #include <cstdint>
 #include <map>
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 // States of a row that this component interprets; other values are the sync engine's.
 enum ncCacheState : int32_t {

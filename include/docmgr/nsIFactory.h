@@ -1,7 +1,7 @@
 // The frozen factory interface: creates the instances of one component.
 #pragma once
 
-#include "xpcom/nsISupports.h"
+#include "docmgr/nsISupports.h"
 
 #define NS_IFACTORY_IID {0x00000001, 0x0000, 0x0000, {0xc0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}}
 

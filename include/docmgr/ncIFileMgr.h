@@ -2,10 +2,15 @@
 // rename, create, delete, setting aside an unsynchronised duplicate, and the shell
 // customisation of the top folders. Operations through a temporary name never lose the
 // item: a failure leaves it at its old name, at the temporary name or at its new name.
+//
+// Ownership: owned by the document manager, one per sync root, over that root's path
+// manager; the pointer from ncIDocMgr::GetFileMgr carries a reference the caller releases.
+// Thread safety: no state of its own; any thread. Concurrent operations on the same paths
+// race only in the file system.
 #pragma once
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 class ncIFileMgr : public nsISupports {
  public:

@@ -1,13 +1,21 @@
 // The document manager: the component a client creates to open the local state of a sync
 // root and obtain its managers.
+//
+// Ownership: the host creates the document manager (reference counted) and releases it.
+// Every manager a getter returns carries a reference the caller releases (CreateDBMgr's
+// wrapper excepted: the document manager keeps it). Close closes every store; managers
+// still held by the caller stay valid objects but their stores are closed.
+// Thread safety: Init, IniLocalSync, AddLocalSync, RemoveLocalSync and Close must not run
+// concurrently with each other or with the getters and reports; the managers handed out may
+// be used from any thread, each as its own header says.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-#include "base/String.h"
-#include "docmgr/public/ncILogMgr.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/ncILogMgr.h"
+#include "docmgr/nsISupports.h"
 
 class ncIPathMgr;
 class ncIFileMgr;
@@ -55,10 +63,8 @@ struct ncUnsyncDocInfo {
 // recorded locally that waits for upload). Clients write such entries with this type.
 const int NC_SYNCLOG_TYPE_UNSYNC = 3;
 
-// The document manager. Created by the host (contract NC_DOCMGR_CONTRACTID); reference
-// counted; the caller releases every manager it obtains. Init, AddLocalSync, RemoveLocalSync
-// and Close must not run concurrently with each other or with the getters; the managers
-// handed out may be used from any thread (each states its own rules).
+// The document manager, created by contract NC_DOCMGR_CONTRACTID (see the top of this file
+// for ownership and threads).
 class ncIDocMgr : public nsISupports {
  public:
   NS_DECLARE_STATIC_IID_ACCESSOR({0x3542FFA8, 0x555D, 0x4145, {0x8E, 0xE1, 0x30, 0x83, 0x98, 0xD1, 0xE1, 0xDE}})

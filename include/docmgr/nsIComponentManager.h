@@ -1,7 +1,7 @@
 // The frozen component manager interface: what a host offers for creating components.
 #pragma once
 
-#include "xpcom/nsISupports.h"
+#include "docmgr/nsISupports.h"
 
 #define NS_ICOMPONENTMANAGER_IID {0xa88e5a60, 0x205a, 0x4bb1, {0x94, 0xe1, 0x26, 0x28, 0xda, 0xf5, 0x1e, 0xae}}
 

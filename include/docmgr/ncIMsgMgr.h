@@ -1,13 +1,18 @@
 // The messages the server sends to the user (sharing, permission and audit messages),
 // kept in msg.db. The store keeps every code as it is given; its own meaning of state is
 // 0 unread, 1 read.
+//
+// Ownership: owned by the document manager (one for the main root); the pointer from
+// ncIDocMgr::GetMsgMgr carries a reference the caller releases.
+// Thread safety: any thread; statements on msg.db run one at a time. A batch of messages is
+// written message by message: a failure keeps the messages written before it.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 // One message: a field for each column of tb_msg after its row id, in column order.
 struct ncMsgInfo {

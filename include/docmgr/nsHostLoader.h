@@ -1,13 +1,17 @@
 // A small component host: opens module files, calls their NSGetModule, learns their
 // components from the registration calls the modules make, and creates components by
 // contract id or class id. Used by the tests and the tool, as a client's host would be.
+//
+// Ownership: the loader owns the modules and unloads their files when it is destroyed;
+// every component created through it must be released before that.
+// Thread safety: none; load modules and create components from one thread.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "xpcom/nsCOMPtr.h"
-#include "xpcom/nsIModule.h"
+#include "docmgr/nsCOMPtr.h"
+#include "docmgr/nsIModule.h"
 
 class nsHostLoader {
  public:

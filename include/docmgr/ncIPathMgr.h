@@ -1,10 +1,14 @@
 // One sync root: its hidden data directory, its folder of unsynchronised documents, and
 // the conversion between absolute paths ("/") and the relative paths ("\") the stores key
 // their records by.
+//
+// Ownership: owned by the document manager, one per sync root; the pointer from
+// ncIDocMgr::GetPathMgr carries a reference the caller releases.
+// Thread safety: read-only once the document manager has set it up; any thread.
 #pragma once
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 class ncIPathMgr : public nsISupports {
  public:

@@ -1,12 +1,17 @@
 // The sync log: a journal of file events in log.db, split by log type. Types 0 to 3 are
 // capped inside the database: when a type reaches 50,000 entries, its oldest 25,000 go.
+//
+// Ownership: owned by the document manager (one for the main root); the pointer from
+// ncIDocMgr::GetLogMgr carries a reference the caller releases.
+// Thread safety: any thread; statements on log.db run one at a time, and wait while another
+// thread holds a batch (ncIStoreBatch).
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 // One entry of the log. The log type is not part of the entry; every call names it.
 struct ncSyncLogInfo {

@@ -3,7 +3,7 @@
 // root to another layout. Its inputs are given when it is made.
 #pragma once
 
-#include "xpcom/nsISupports.h"
+#include "docmgr/nsISupports.h"
 
 class ncIVerUpgrader : public nsISupports {
  public:

@@ -1,12 +1,17 @@
 // The upgrade manager: carries the databases of the sync roots from their stored schema
 // version to the current one on a worker thread, before the document manager opens them.
+//
+// Ownership: created by the host (reference counted) and released by it.
+// Thread safety: Init, NeedUpgrade, NeedData, SetData, SetViews and DoUpgrade are called from
+// one thread, in that order; GetSummary may be called from any thread while the worker
+// runs; Close only once the summary says the run has ended.
 #pragma once
 
 #include <map>
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 struct ncUpgradeSummary {
   int state = 0;       // 0 not started, 1 running, 2 finished, 3 failed

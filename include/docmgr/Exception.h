@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "base/String.h"
+#include "docmgr/String.h"
 
 namespace base {
 

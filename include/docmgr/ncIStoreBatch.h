@@ -8,7 +8,7 @@
 // batch ends. A thread must end every batch it begins; batches do not nest.
 #pragma once
 
-#include "xpcom/nsISupports.h"
+#include "docmgr/nsISupports.h"
 
 class ncIStoreBatch : public nsISupports {
  public:

@@ -1,14 +1,19 @@
 // Resume records of interrupted uploads and downloads, kept in nonius.db of each sync
 // root's data directory and keyed by the transfer's local source path; and the codec of
 // the list of blocks an upload still owes.
+//
+// Ownership: owned by the document manager, one per sync root; the pointer from
+// ncIDocMgr::GetRelayMgr carries a reference the caller releases.
+// Thread safety: any thread; statements on nonius.db run one at a time. The block-list
+// operations work on the caller's text only and touch no database.
 #pragma once
 
 #include <cstdint>
 #include <set>
 #include <vector>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 // One row of tb_upload_nonius, fields in column order.
 struct ncUploadNonius {

@@ -1,8 +1,13 @@
 // One SQLite connection with the component's settings. Every failure is thrown.
+//
+// Ownership: reference counted; the object closes its connection when the last reference
+// goes. Thread safety: one wrapper may be shared by every thread; its statements run one at
+// a time, and BeginTransaction holds the connection for the calling thread until it commits
+// or rolls back (the lock is recursive: the same thread may run statements inside it).
 #pragma once
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 class ncIDBMgr : public nsISupports {
  public:

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "xpcom/nsISupports.h"
+#include "docmgr/nsISupports.h"
 
 template <typename T>
 class nsCOMPtr {

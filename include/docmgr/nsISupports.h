@@ -4,8 +4,8 @@
 // every interface slot, so a host's slot numbers stay those of the interface tables.
 #pragma once
 
-#include "xpcom/nsID.h"
-#include "xpcom/nscore.h"
+#include "docmgr/nsID.h"
+#include "docmgr/nscore.h"
 
 #define NS_DECLARE_STATIC_IID_ACCESSOR(...) \
   static const nsIID& GetIID() {            \

@@ -3,7 +3,7 @@
 // malloc; the caller frees them with free.
 #pragma once
 
-#include "xpcom/nsISupports.h"
+#include "docmgr/nsISupports.h"
 
 class nsIFactory;
 class nsIFile;

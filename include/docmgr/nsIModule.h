@@ -1,7 +1,7 @@
 // The frozen module interface: what a module file's NSGetModule hands a host.
 #pragma once
 
-#include "xpcom/nsIComponentManager.h"
+#include "docmgr/nsIComponentManager.h"
 
 class nsIFile;
 

@@ -1,12 +1,17 @@
 // The synchronisation tags kept on the files and folders themselves, one named stream per
 // tag ("isDelay", "docId", "vrType", "errMark", "status"), so that a tag travels with its
 // item when it is renamed or moved.
+//
+// Ownership: owned by the document manager; the pointer from ncIDocMgr::GetADSMgr carries a
+// reference the caller releases.
+// Thread safety: no state; any thread. The read-only retry of a write changes the item's
+// attributes for a moment and restores them; a concurrent change of them is overwritten.
 #pragma once
 
 #include <cstdint>
 
-#include "base/String.h"
-#include "xpcom/nsISupports.h"
+#include "docmgr/String.h"
+#include "docmgr/nsISupports.h"
 
 class ncIADSMgr : public nsISupports {
  public:
