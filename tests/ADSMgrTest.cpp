@@ -19,7 +19,7 @@ using base::String;
 class ADSMgrTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!test::SupportsUserXattrs(dir.path())) GTEST_SKIP() << "no user extended attributes in " << dir.path();
+    if (!test::SupportsStreams(dir.path())) GTEST_SKIP() << test::kNoStreamsReason << dir.path();
     adsMgr = NC_NEW(ncADSMgr);
     file = dir.path() + "/report.docx";
     test::WriteFile(file, "content");

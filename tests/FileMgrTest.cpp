@@ -28,7 +28,7 @@ const String kDocId = u"gns://5F1E/9C0A";
 class FileMgrTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!test::SupportsUserXattrs(dir.path())) GTEST_SKIP() << "no user extended attributes in " << dir.path();
+    if (!test::SupportsStreams(dir.path())) GTEST_SKIP() << test::kNoStreamsReason << dir.path();
     pathMgr = NC_NEW(ncPathMgr);
     pathMgr->Init(dir.wpath(), false);
     fileMgr = NC_NEW(ncFileMgr, pathMgr.get());
@@ -66,7 +66,7 @@ class FileMgrTest : public ::testing::Test {
 std::string OtherFileSystem(const test::TempDir& folder, const std::string& near) {
   struct stat a, b;
   if (folder.path().empty() || ::stat(folder.path().c_str(), &a) != 0 || ::stat(near.c_str(), &b) != 0) return "";
-  return a.st_dev != b.st_dev && test::SupportsUserXattrs(folder.path()) ? folder.path() : "";
+  return a.st_dev != b.st_dev && test::SupportsStreams(folder.path()) ? folder.path() : "";
 }
 
 TEST_F(FileMgrTest, MoveAndCopyNumberFilesAndFoldersAndNothingOverwritesUnasked) {

@@ -191,7 +191,7 @@ TEST_F(PathRulesTest, SystemHeldEntriesAtTheRootOfADriveOrMountAndSystemHiddenNe
   EXPECT_FALSE(pathMgr->IsSysHoldPath(at(".Trash-0")));
 
   // System-hidden needs both attributes.
-  if (!test::SupportsUserXattrs(dir.path())) GTEST_SKIP() << "no user extended attributes in " << dir.path();
+  if (!test::SupportsStreams(dir.path())) GTEST_SKIP() << test::kNoStreamsReason << dir.path();
   test::WriteFile(dir.path() + "/both", "");
   test::WriteFile(dir.path() + "/hidden", "");
   test::WriteFile(dir.path() + "/system", "");

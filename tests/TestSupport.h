@@ -41,8 +41,10 @@ void MakeDir(const std::string& path);
 // Runs a shell command; returns its standard output and error, and its exit status.
 std::string RunCommand(const std::string& command, int* status);
 
-// True when the folder's file system takes user extended attributes.
-bool SupportsUserXattrs(const std::string& directory);
+// True when files in the folder keep named streams of their own (POSIX: the file system
+// takes user extended attributes; Wine: never, a "file:stream" name is a separate file).
+bool SupportsStreams(const std::string& directory);
+extern const char kNoStreamsReason[];
 
 // docmgr-cli run with the arguments, as a support engineer runs it.
 struct CliRun {

@@ -10,6 +10,10 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+#include "TestSupport.h"
 
 namespace test {
 
@@ -27,10 +31,44 @@ bool GetXattr(const std::string& path, const std::string& name, std::string& val
   return ::getxattr(path.c_str(), name.c_str(), size ? &value[0] : nullptr, value.size()) == size;
 }
 
-std::string LittleEndian64(int64_t value) {
-  std::string bytes(8, '\0');
-  for (int i = 0; i < 8; ++i) bytes[i] = static_cast<char>((static_cast<uint64_t>(value) >> (8 * i)) & 0xFF);
-  return bytes;
+bool GetRawStream(const std::string& path, const std::string& stream, std::string& value) {
+  return GetXattr(path, "user.kestrove." + stream, value);
+}
+
+std::string SystemTempFolder() {
+  const char* base = std::getenv("TMPDIR");
+  return base && *base ? base : "/tmp";
+}
+
+std::string MakeTempDir(const std::string& parent) {
+  std::string pattern = parent + "/docmgr-test-XXXXXX";
+  return ::mkdtemp(&pattern[0]) ? pattern : std::string();
+}
+
+void SetEnvironment(const char* name, const char* value) { ::setenv(name, value, 1); }
+
+std::string RunCommand(const std::string& command, int* status) {
+  std::string output;
+  FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
+  if (!pipe) {
+    *status = -1;
+    return output;
+  }
+  char buffer[4096];
+  while (size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, got);
+  const int rc = ::pclose(pipe);
+  *status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
+  return output;
+}
+
+const char kNoStreamsReason[] = "no user extended attributes (the streams' store) in ";
+
+bool SupportsStreams(const std::string& directory) {
+  const std::string probe = directory + "/.xattr-probe";
+  WriteFile(probe, "");
+  const bool supported = ::setxattr(probe.c_str(), "user.probe", "1", 1, 0) == 0;
+  ::unlink(probe.c_str());
+  return supported;
 }
 
 bool SetImmutable(const std::string& path, bool on) {
