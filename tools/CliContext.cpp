@@ -1,30 +1,27 @@
 #include "CliContext.h"
 
-#include <climits>
 #include <cstdlib>
-#include <unistd.h>
 
 #include <stdexcept>
 
 #include "base/Path.h"
+#include "platform/ncPlatform.h"
 
 namespace {
 
-std::string ModuleBeside(const std::string& toolPath) {
-  char resolved[PATH_MAX];
-  std::string tool = ::realpath(toolPath.c_str(), resolved) ? resolved : toolPath;
-  const size_t slash = tool.rfind('/');
-  const std::string dir = slash == std::string::npos ? "." : tool.substr(0, slash);
-  return dir + "/../lib/libdocmgr.so";
+// The module file of the build or installation the tool belongs to.
+std::string ModuleBeside() {
+  const base::String toolDir = platform::GetModuleDirectory(reinterpret_cast<const void*>(&ModuleBeside));
+  return Narrow(base::Path::combine(base::Path::combine(toolDir, u".."), u"lib")) + "/" DOCMGR_MODULE_FILE_NAME;
 }
 
 }  // namespace
 
 CliContext::~CliContext() { closeRoot(); }
 
-void CliContext::loadModule(const std::string& toolPath) {
+void CliContext::loadModule() {
   const char* configured = std::getenv("KESTROVE_MODULE");
-  const std::string file = configured ? configured : ModuleBeside(toolPath);
+  const std::string file = configured ? configured : ModuleBeside();
   if (NS_FAILED(host_.loadModule(file))) throw std::runtime_error("cannot load the module: " + host_.lastError());
 }
 
@@ -45,14 +42,7 @@ void CliContext::closeRoot() {
   openedRoot_.clear();
 }
 
-std::string AbsolutePath(const std::string& path) {
-  if (!path.empty() && path[0] == '/') return path;
-  char cwd[PATH_MAX];
-  if (!::getcwd(cwd, sizeof cwd)) return path;
-  std::string absolute = std::string(cwd) + "/" + path;
-  while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
-  return absolute;
-}
+std::string AbsolutePath(const std::string& path) { return Narrow(platform::GetFullPath(Wide(path))); }
 
 base::String Wide(const std::string& text) { return base::FromUtf8(text); }
 std::string Narrow(const base::String& text) { return base::ToUtf8(text); }

@@ -14,8 +14,8 @@ class CliContext {
   CliContext() = default;
   ~CliContext();
 
-  // Loads the module: KESTROVE_MODULE, else ../lib/libdocmgr.so beside the tool.
-  void loadModule(const std::string& toolPath);
+  // Loads the module: KESTROVE_MODULE, else the module file in ../lib beside the tool.
+  void loadModule();
   // A document manager opened on root (log and messages in the same root).
   ncIDocMgr* openRoot(const std::string& root);
   void closeRoot();

@@ -1,7 +1,6 @@
 // demo DIR: build a sample sync root with Latin and Chinese names and walk through the
 // tool's commands on it.
-#include <sys/stat.h>
-
+#include <filesystem>
 #include <fstream>
 
 #include "CacheDemo.h"
@@ -12,10 +11,12 @@ namespace {
 
 void MakeSampleTree(const std::string& root) {
   const char* folders[] = {"", "/Projects", "/Projects/Reports", "/项目", "/项目/设计文档"};
-  for (const char* folder : folders) ::mkdir((root + folder).c_str(), 0777);
+  std::error_code ignored;  // an existing folder is fine
+  for (const char* folder : folders) std::filesystem::create_directory(std::filesystem::u8path(root + folder), ignored);
   const char* files[] = {"/readme.txt", "/Projects/plan.docx", "/Projects/Reports/summary 2026.xlsx",
                          "/项目/会议纪要.docx", "/项目/设计文档/产品设计.pdf"};
-  for (const char* file : files) std::ofstream(root + file) << "sample content of " << file << "\n";
+  for (const char* file : files)
+    std::ofstream(std::filesystem::u8path(root + file)) << "sample content of " << file << "\n";
 }
 
 void Step(const std::string& title) { std::printf("\n== %s\n", title.c_str()); }

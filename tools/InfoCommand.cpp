@@ -11,9 +11,9 @@ namespace {
 std::string TimeText(int64_t microseconds) {
   if (microseconds <= 0) return "-";
   const time_t seconds = static_cast<time_t>(microseconds / 1000000);
-  struct tm local;
   char text[32];
-  if (!::localtime_r(&seconds, &local) || !std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local))
+  const struct tm* local = std::localtime(&seconds);  // the tool runs on one thread
+  if (!local || !std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", local))
     return std::to_string(microseconds);
   return text;
 }

@@ -1,8 +1,5 @@
 // scan ROOT: record every file and folder under a sync root in its document cache, as the
 // sync engine's local scan does, with generated document ids that follow the folders.
-#include <dirent.h>
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <functional>
 #include <map>
@@ -14,6 +11,8 @@
 #include "ProgressBar.h"
 #include "docmgr/public/ncIADSMgr.h"
 #include "docmgr/public/ncILogMgr.h"
+#include "base/Path.h"
+#include "platform/ncPlatform.h"
 
 namespace {
 
@@ -34,27 +33,22 @@ struct Entry {
 // the ignore rules name (a folder with everything in it); ignored counts those.
 void Collect(const std::string& folder, const std::set<std::string>& skipped,
              const std::function<bool(const std::string&)>& isIgnored, std::vector<Entry>& entries, size_t& ignored) {
-  DIR* dir = ::opendir(folder.c_str());
-  if (!dir) return;
+  std::vector<base::String> wideNames;
+  if (!platform::ListDirectory(Wide(folder), wideNames)) return;
   std::vector<std::string> names;
-  while (const dirent* item = ::readdir(dir)) {
-    const std::string name = item->d_name;
-    if (name != "." && name != "..") names.push_back(name);
-  }
-  ::closedir(dir);
+  for (const base::String& name : wideNames) names.push_back(Narrow(name));
   std::sort(names.begin(), names.end());
   for (const std::string& name : names) {
-    const std::string path = folder + "/" + name;
-    struct stat info;
-    if (skipped.count(path) || ::lstat(path.c_str(), &info) != 0) continue;
-    if (!S_ISDIR(info.st_mode) && !S_ISREG(info.st_mode)) continue;
+    const std::string path = Narrow(base::Path::combine(Wide(folder), Wide(name)));
+    platform::FileInfo info;
+    if (skipped.count(path) || !platform::GetFileInfo(Wide(path), info)) continue;
+    if (!info.isDirectory && !info.isRegularFile) continue;
     if (isIgnored(path)) {
       ++ignored;
       continue;
     }
-    const int64_t mtime = static_cast<int64_t>(info.st_mtim.tv_sec) * 1000000 + info.st_mtim.tv_nsec / 1000;
-    entries.push_back({path, S_ISDIR(info.st_mode), mtime, S_ISDIR(info.st_mode) ? 0 : static_cast<int64_t>(info.st_size)});
-    if (S_ISDIR(info.st_mode)) Collect(path, skipped, isIgnored, entries, ignored);
+    entries.push_back({path, info.isDirectory, info.modifiedMicros, info.size});
+    if (info.isDirectory) Collect(path, skipped, isIgnored, entries, ignored);
   }
 }
 

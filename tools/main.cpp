@@ -59,7 +59,7 @@ int main(int argc, char** argv) {
   const std::string name = args[0];
   args.erase(args.begin());
   try {
-    context.loadModule(argv[0]);
+    context.loadModule();
     const int status = RunCommand(context, name, args);
     context.closeRoot();
     return status;

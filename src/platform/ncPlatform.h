@@ -77,6 +77,18 @@ uint32_t GetFileAttributes(const String& path);
 bool GetFileSize(const String& path, int64_t& size);
 bool SetFileAttributes(const String& path, uint32_t attributes);
 
+// What is at a path, a link not followed: a link or a device is neither a regular file nor
+// a folder.
+struct FileInfo {
+  bool isDirectory;
+  bool isRegularFile;
+  int64_t size;
+  int64_t modifiedMicros;  // since 1970
+};
+bool GetFileInfo(const String& path, FileInfo& info);
+// The absolute form of a path, against the current folder.
+String GetFullPath(const String& path);
+
 bool CreateDirectory(const String& path);
 // Creates an empty file, truncating an existing one.
 bool CreateEmptyFile(const String& path);

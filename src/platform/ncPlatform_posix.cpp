@@ -124,6 +124,25 @@ bool GetFileSize(const String& path, int64_t& size) {
   return true;
 }
 
+bool GetFileInfo(const String& path, FileInfo& out) {
+  struct stat info;
+  if (::lstat(NativePath(path).c_str(), &info) != 0) return FailFromErrno();
+  out.isDirectory = S_ISDIR(info.st_mode);
+  out.isRegularFile = S_ISREG(info.st_mode);
+  out.size = out.isRegularFile ? static_cast<int64_t>(info.st_size) : 0;
+  out.modifiedMicros = static_cast<int64_t>(info.st_mtim.tv_sec) * 1000000 + info.st_mtim.tv_nsec / 1000;
+  return Succeed();
+}
+
+String GetFullPath(const String& path) {
+  if (!path.empty() && path[0] == u'/') return path;
+  std::unique_ptr<char, void (*)(void*)> cwd(::getcwd(nullptr, 0), std::free);
+  if (!cwd) return path;
+  String absolute = base::FromUtf8(cwd.get()) + u"/" + path;
+  while (absolute.size() > 1 && absolute.back() == u'/') absolute.pop_back();
+  return absolute;
+}
+
 bool SetFileAttributes(const String& path, uint32_t attributes) {
   const std::string native = NativePath(path);
   struct stat info;
