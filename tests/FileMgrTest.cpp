@@ -189,11 +189,11 @@ TEST_F(FileMgrTest, DeleteRemovesReadOnlyTreesButNotWhatLinksPointTo) {
   test::GiveToUnprivileged(dir.path(), dir.path());
   const int result = test::RunUnprivileged(
       [&]() -> int {
-        ::mkdir(tree.c_str(), 0777);
-        ::mkdir((tree + "/sub").c_str(), 0777);
+        test::MakeDir(tree);
+        test::MakeDir(tree + "/sub");
         WriteFile(tree + "/sub/ro.txt", "r");
         WriteFile(tree + "/top.txt", "t");
-        if (::symlink(p("outside").c_str(), (tree + "/link").c_str()) != 0) return 3;
+        if (!test::MakeSymlink(p("outside"), tree + "/link")) return 3;
         platform::SetFileAttributes(base::FromUtf8(tree + "/sub/ro.txt"), platform::kAttrReadOnly);
         platform::SetFileAttributes(base::FromUtf8(tree + "/top.txt"),
                                     platform::kAttrReadOnly | platform::kAttrHidden | platform::kAttrSystem);

@@ -9,6 +9,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -34,6 +35,13 @@ bool GetXattr(const std::string& path, const std::string& name, std::string& val
 bool GetRawStream(const std::string& path, const std::string& stream, std::string& value) {
   return GetXattr(path, "user.kestrove." + stream, value);
 }
+
+bool MakeSymlink(const std::string& target, const std::string& link) {
+  return ::symlink(target.c_str(), link.c_str()) == 0;
+}
+
+const size_t kNativePathMax = PATH_MAX;
+const size_t kNativeNameMax = NAME_MAX;
 
 std::string SystemTempFolder() {
   const char* base = std::getenv("TMPDIR");

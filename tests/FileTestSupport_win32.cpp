@@ -1,9 +1,6 @@
 #include "FileTestSupport.h"
 
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#include <windows.h>
+#include "platform/ncWin32.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -40,6 +37,14 @@ bool ReadOnlyIsEnforced(std::string& why) {
 }
 
 }  // namespace
+
+bool MakeSymlink(const std::string& target, const std::string& link) {
+  const DWORD folder = (::GetFileAttributesW(Wide(target).c_str()) & FILE_ATTRIBUTE_DIRECTORY) ? 1 : 0;
+  return ::CreateSymbolicLinkW(Wide(link).c_str(), Wide(target).c_str(), folder) != 0;
+}
+
+const size_t kNativePathMax = 0;
+const size_t kNativeNameMax = 255;
 
 std::string SystemTempFolder() {
   wchar_t buffer[MAX_PATH + 1];

@@ -4,20 +4,9 @@
 #include "platform/ncPlatform.h"
 #include "platform/ncAtomic.h"
 
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#include <windows.h>
+#include "platform/ncWin32.h"
+
 #include <objbase.h>
-// The interface's names are the system's own; the system's macros would rename them.
-#undef CopyFile
-#undef CreateDirectory
-#undef DeleteFile
-#undef GetFileAttributes
-#undef GetUserName
-#undef MoveFile
-#undef RemoveDirectory
-#undef SetFileAttributes
 
 #include <algorithm>
 #include <cstdlib>
