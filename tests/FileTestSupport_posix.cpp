@@ -40,6 +40,21 @@ bool MakeSymlink(const std::string& target, const std::string& link) {
   return ::symlink(target.c_str(), link.c_str()) == 0;
 }
 
+const bool kPosixBackend = true;
+
+std::string ExportedFunctions(const std::string& moduleFile) {
+  int status = 0;
+  return RunCommand("nm -D --defined-only " + moduleFile + " | awk '$2 == \"T\" || $2 == \"W\" {print $3}'", &status);
+}
+
+std::string FolderDisplayText(const std::string& folder) {
+  const std::string entry = ReadFile(folder + "/.directory");
+  const size_t start = entry.find("Comment=");
+  if (start == std::string::npos) return std::string();
+  const size_t end = entry.find('\n', start);
+  return entry.substr(start + 8, end == std::string::npos ? std::string::npos : end - start - 8);
+}
+
 const size_t kNativePathMax = PATH_MAX;
 const size_t kNativeNameMax = NAME_MAX;
 

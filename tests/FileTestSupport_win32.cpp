@@ -43,6 +43,39 @@ bool MakeSymlink(const std::string& target, const std::string& link) {
   return ::CreateSymbolicLinkW(Wide(link).c_str(), Wide(target).c_str(), folder) != 0;
 }
 
+const bool kPosixBackend = false;
+
+// Read from the export directory of the file mapped as an image, without running it.
+std::string ExportedFunctions(const std::string& moduleFile) {
+  HMODULE module = ::LoadLibraryExW(Wide(moduleFile).c_str(), nullptr, LOAD_LIBRARY_AS_IMAGE_RESOURCE);
+  if (!module) return "cannot map " + moduleFile;
+  const auto* base = reinterpret_cast<const uint8_t*>(reinterpret_cast<uintptr_t>(module) & ~uintptr_t(3));
+  const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+  const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+  const IMAGE_DATA_DIRECTORY& entry = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
+  std::string names;
+  if (entry.Size != 0) {
+    const auto* exports = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(base + entry.VirtualAddress);
+    const auto* nameTable = reinterpret_cast<const DWORD*>(base + exports->AddressOfNames);
+    for (DWORD i = 0; i < exports->NumberOfNames; ++i)
+      names += reinterpret_cast<const char*>(base + nameTable[i]) + std::string("\n");
+  }
+  ::FreeLibrary(module);
+  return names;
+}
+
+// desktop.ini is UTF-16 with a byte-order mark; the text is its InfoTip.
+std::string FolderDisplayText(const std::string& folder) {
+  const std::string bytes = ReadFile(folder + "\\desktop.ini");
+  base::String text;
+  for (size_t i = 2; i + 1 < bytes.size(); i += 2)
+    text += static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) | (static_cast<unsigned char>(bytes[i + 1]) << 8));
+  const size_t start = text.find(u"InfoTip=");
+  if (start == base::String::npos) return std::string();
+  const size_t end = text.find(u'\r', start);
+  return base::ToUtf8(text.substr(start + 8, end == base::String::npos ? base::String::npos : end - start - 8));
+}
+
 const size_t kNativePathMax = 0;
 const size_t kNativeNameMax = 255;
 

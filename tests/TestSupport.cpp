@@ -19,6 +19,15 @@ TempDir::TempDir() : path_(MakeTempDir(SystemTempFolder())) {
 
 TempDir::TempDir(const std::string& base) : path_(MakeTempDir(base)) {}
 
+String TempDir::child(const std::string& relative) const { return base::FromUtf8(path_) + Native(u"/" + base::FromUtf8(relative)); }
+
+String Native(const String& path) {
+  String native = path;
+  for (char16_t& unit : native)
+    if (unit == u'/') unit = platform::kPathSeparator;
+  return native;
+}
+
 TempDir::~TempDir() {
   if (path_.empty()) return;
   try {
@@ -62,9 +71,7 @@ void ExpectException(const std::function<void()>& call, int code, const base::St
 
 CliRun Cli(const std::string& arguments) {
   CliRun run;
-  std::string program = DOCMGR_CLI_PATH;
-  for (char& unit : program)
-    if (unit == '/') unit = static_cast<char>(platform::kPathSeparator);
+  const std::string program = base::ToUtf8(Native(base::FromUtf8(DOCMGR_CLI_PATH)));
   run.output = RunCommand(program + " --quiet " + arguments, &run.status);
   return run;
 }

@@ -38,7 +38,7 @@ void Trace::configure(const std::string& target) {
   if (sink && sink != stderr) std::fclose(sink);
   sink = nullptr;
   if (target == "stderr") sink = stderr;
-  else if (!target.empty()) sink = std::fopen(target.c_str(), "a");
+  else if (!target.empty()) sink = std::fopen(target.c_str(), "ab");  // lines end in "\n" everywhere
   on_ = sink != nullptr;
 }
 
