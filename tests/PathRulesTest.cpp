@@ -35,7 +35,7 @@ TEST(PathMgrTest, MainRootPaths) {
   EXPECT_TRUE(pathMgr->IsInUnsyncDoc(pathMgr->GetUnsyncDocPath(), true));
 
   EXPECT_EQ(u"", pathMgr->GetRelativePath(test::Native(u"/home/u/Sync")));
-  EXPECT_EQ(u"a", pathMgr->GetRelativePath(u"\\\\?\\/home/u/Sync/a"));
+  EXPECT_EQ(u"a", pathMgr->GetRelativePath(u"\\\\?\\" + test::Native(u"/home/u/Sync/a")));
   EXPECT_EQ(u"项目\\Plan A.docx", pathMgr->GetRelativePath(test::Native(u"/home/u/Sync/项目/Plan A.docx")));
   EXPECT_EQ(u"A\\b", pathMgr->GetRelativePath(test::Native(u"/home/u/SYNC/A/b/")));  // the given case is kept
   EXPECT_EQ(test::Native(u"/home/u/Sync/a/b"), pathMgr->GetAbsolutePath(u"\\a\\b\\"));
