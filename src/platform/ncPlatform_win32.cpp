@@ -17,7 +17,6 @@ namespace platform {
 
 namespace {
 
-const wchar_t kLongPathPrefix[] = L"\\\\?\\";
 // Below this many units every Win32 call takes a path as it is.
 const size_t kShortPathLimit = MAX_PATH - 12;
 
