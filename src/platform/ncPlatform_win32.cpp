@@ -67,14 +67,16 @@ bool Fail(uint32_t code) {
   return false;
 }
 
-class Handle {
+// Owns a handle until the system function that closes its kind is called on it.
+template <BOOL(WINAPI* Close)(HANDLE)>
+class ScopedHandle {
  public:
-  explicit Handle(HANDLE handle) : handle_(handle) {}
-  ~Handle() {
-    if (valid()) ::CloseHandle(handle_);
+  explicit ScopedHandle(HANDLE handle) : handle_(handle) {}
+  ~ScopedHandle() {
+    if (valid()) Close(handle_);
   }
-  Handle(const Handle&) = delete;
-  Handle& operator=(const Handle&) = delete;
+  ScopedHandle(const ScopedHandle&) = delete;
+  ScopedHandle& operator=(const ScopedHandle&) = delete;
   HANDLE get() const { return handle_; }
   bool valid() const { return handle_ != INVALID_HANDLE_VALUE; }
 
@@ -82,20 +84,8 @@ class Handle {
   HANDLE handle_;
 };
 
-class FindHandle {
- public:
-  explicit FindHandle(HANDLE handle) : handle_(handle) {}
-  ~FindHandle() {
-    if (valid()) ::FindClose(handle_);
-  }
-  FindHandle(const FindHandle&) = delete;
-  FindHandle& operator=(const FindHandle&) = delete;
-  HANDLE get() const { return handle_; }
-  bool valid() const { return handle_ != INVALID_HANDLE_VALUE; }
-
- private:
-  HANDLE handle_;
-};
+using Handle = ScopedHandle<::CloseHandle>;
+using FindHandle = ScopedHandle<::FindClose>;
 
 // Folders open only with backup semantics; files do not mind it.
 HANDLE OpenForStream(const std::wstring& path, DWORD access, DWORD disposition) {
