@@ -1,18 +1,16 @@
 #include "CacheCliSupport.h"
 
-#include <sys/stat.h>
-
 #include <cstdio>
 #include <stdexcept>
+
+#include "base/Directory.h"
+#include "base/Path.h"
 
 const char kDataDirectoryName[] = ".kestrove.cache";
 
 namespace {
 
-bool IsFolder(const std::string& path) {
-  struct stat info;
-  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
+bool IsFolder(const std::string& path) { return base::Directory::exists(Wide(path)); }
 
 // Columns a UTF-8 text takes in a terminal: wide East Asian characters take two.
 size_t DisplayWidth(const std::string& text) {
@@ -39,12 +37,12 @@ std::string CheckSyncRoot(const std::string& root, bool requireState) {
 }
 
 std::string FindSyncRoot(const std::string& absolutePath) {
-  std::string folder = absolutePath;
+  base::String folder = Wide(absolutePath);
   while (!folder.empty()) {
-    if (IsFolder(folder + "/" + kDataDirectoryName)) return folder;
-    const size_t slash = folder.rfind('/');
-    if (slash == std::string::npos || folder == "/") break;
-    folder = slash == 0 ? "/" : folder.substr(0, slash);
+    if (IsFolder(Narrow(base::Path::combine(folder, Wide(kDataDirectoryName))))) return Narrow(folder);
+    const base::String parent = base::Path::getDirectoryName(folder);
+    if (parent == folder) break;
+    folder = parent.empty() && folder.size() > 1 && base::Path::isSeparator(folder[0]) ? folder.substr(0, 1) : parent;
   }
   return std::string();
 }
