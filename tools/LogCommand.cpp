@@ -1,11 +1,10 @@
 // log ROOT [--type N] [--page N] [--size N]: the sync log of a sync root, newest first, one
 // page per log type.
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstdlib>
 
 #include "CliCommand.h"
+#include "base/Directory.h"
 #include "docmgr/public/ncILogMgr.h"
 
 namespace {
@@ -110,8 +109,7 @@ int Log(CliContext& context, const std::vector<std::string>& args) {
     std::fprintf(stderr, "%s", kUsage);
     return 2;
   }
-  struct stat info;
-  if (::stat(root.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
+  if (!base::Directory::exists(Wide(root))) {
     std::fprintf(stderr, "docmgr-cli: log: no such folder: %s\n", root.c_str());
     return 1;
   }

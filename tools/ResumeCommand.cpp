@@ -1,8 +1,7 @@
 // resume ROOT: the resume records of interrupted uploads and downloads of a sync root, with
 // what each still has to transfer.
-#include <sys/stat.h>
-
 #include "CliCommand.h"
+#include "base/Directory.h"
 #include "base/Exception.h"
 #include "docmgr/public/ncIRelayMgr.h"
 
@@ -104,8 +103,7 @@ int Resume(CliContext& context, const std::vector<std::string>& args) {
     std::fprintf(stderr, "usage: docmgr-cli resume ROOT\n");
     return 2;
   }
-  struct stat info;
-  if (::stat(args[0].c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
+  if (!base::Directory::exists(Wide(args[0]))) {
     std::fprintf(stderr, "docmgr-cli: resume: no such folder: %s\n", args[0].c_str());
     return 1;
   }
