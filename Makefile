@@ -5,6 +5,8 @@
 #   make fuzz   build the libFuzzer targets (clang) and run each for SECONDS (default 60)
 #   make crash-test KILLS=N        a writer killed N times (default 200); no corruption, no lost write
 #   make tsan-test STRESS_SECONDS=N the tests and an 8-thread stress run (default 60 s) under ThreadSanitizer
+#   make windows-test  cross-build for Windows (mingw-w64) and run every test under Wine
+#   make windows-demo  run the Windows tool's demo under Wine on a sample sync root
 
 PACKAGES := build-essential cmake pkg-config libsqlite3-dev libnspr4-dev googletest \
             libgtest-dev libgmock-dev libbenchmark-dev gettext clang libclang-rt-14-dev
@@ -18,7 +20,21 @@ STRESS_SECONDS ?= 60
 # Any ThreadSanitizer report ends the run with a failure.
 TSAN_OPTIONS_RUN := TSAN_OPTIONS="halt_on_error=1 exitcode=66 second_deadlock_stack=1"
 
-.PHONY: all deps configure build test demo bench sanitize-test crash-test tsan-test fuzz clean
+# The Windows build: mingw-w64 compilers, Wine to run the programs, Debian's sqlite3 source
+# package (dpkg-source, tclsh and the host compiler make its amalgamation), GoogleTest's
+# sources from the googletest package.
+WINDOWS_PACKAGES := build-essential cmake gettext googletest g++-mingw-w64-x86-64-posix \
+                    gcc-mingw-w64-x86-64-posix wine wine64 dpkg-dev tcl
+WINDOWS_BUILD    ?= build-windows
+WINDOWS_DEPS     := $(WINDOWS_BUILD)/deps
+SQLITE_PACKAGE   := $(WINDOWS_DEPS)/sqlite3-package
+WINE             := $(shell command -v wine || command -v wine-stable || echo /usr/lib/wine/wine64)
+WINE_ENV         := WINEPREFIX=$(abspath $(WINDOWS_BUILD))/wineprefix WINEDEBUG=-all \
+                    WINEDLLOVERRIDES=mscoree,mshtml=
+DEB_SRC_LIST     := /etc/apt/sources.list.d/docmgr-deb-src.sources
+
+.PHONY: all deps configure build test demo bench sanitize-test crash-test tsan-test fuzz clean \
+        windows-deps windows-build windows-test windows-demo
 
 all: build
 
@@ -83,5 +99,36 @@ tsan-test: deps
 	cd build-tsan && $(TSAN_OPTIONS_RUN) ctest --output-on-failure -j $(JOBS)
 	$(TSAN_OPTIONS_RUN) build-tsan/bin/docmgr-stress-harness $(STRESS_SECONDS)
 
+# Debian's sqlite3 source package, fetched once into the build folder (a deb-src entry for
+# the system's own suites is added when apt has none).
+windows-deps:
+	$(MAKE) deps PACKAGES="$(WINDOWS_PACKAGES)"
+	@if [ -f $(WINDOWS_DEPS)/sqlite-amalgamation/sqlite3.c ] || ls $(SQLITE_PACKAGE)/*.dsc >/dev/null 2>&1; then \
+	  exit 0; \
+	fi; \
+	if ! apt-get source --print-uris sqlite3 >/dev/null 2>&1; then \
+	  if [ "$$(id -u)" != "0" ]; then echo "Add a deb-src entry for your Debian suite (see $(DEB_SRC_LIST) in the Makefile)"; exit 1; fi; \
+	  printf 'Types: deb-src\nURIs: http://deb.debian.org/debian\nSuites: %s %s-updates\nComponents: main\nSigned-By: /usr/share/keyrings/debian-archive-keyring.gpg\n' \
+	    "$$(. /etc/os-release && echo $$VERSION_CODENAME)" "$$(. /etc/os-release && echo $$VERSION_CODENAME)" > $(DEB_SRC_LIST); \
+	  apt-get update; \
+	fi; \
+	mkdir -p $(SQLITE_PACKAGE) && cd $(SQLITE_PACKAGE) && apt-get source --download-only sqlite3
+
+# Wine's prefix lives in the build folder; it is made once, before the build runs the test
+# programs to list their tests.
+windows-build: windows-deps
+	@[ -f $(WINDOWS_BUILD)/wineprefix/system.reg ] || $(WINE_ENV) $(WINE) wineboot -i
+	cmake -S . -B $(WINDOWS_BUILD) -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake \
+	  -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_FLAGS_RELEASE="-O1 -DNDEBUG" -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
+	  -DDOCMGR_SQLITE_DSC=$$(ls $(abspath $(SQLITE_PACKAGE))/sqlite3_*.dsc 2>/dev/null | head -n1) $(CMAKE_FLAGS)
+	cmake --build $(WINDOWS_BUILD) -j $(JOBS)
+
+windows-test: windows-build
+	cd $(WINDOWS_BUILD) && ctest --output-on-failure -j $(JOBS)
+
+windows-demo: windows-build
+	@rm -rf $(WINDOWS_BUILD)/demo-root
+	$(WINE_ENV) $(WINE) $(WINDOWS_BUILD)/bin/docmgr-cli.exe demo Z:$(abspath $(WINDOWS_BUILD))/demo-root
+
 clean:
-	rm -rf build build-asan build-bench build-tsan build-fuzz
+	rm -rf build build-asan build-bench build-tsan build-fuzz build-windows

@@ -19,7 +19,7 @@ using base::String;
 class ADSMgrTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!test::SupportsUserXattrs(dir.path())) GTEST_SKIP() << "no user extended attributes in " << dir.path();
+    if (!test::SupportsStreams(dir.path())) GTEST_SKIP() << test::kNoStreamsReason << dir.path();
     adsMgr = NC_NEW(ncADSMgr);
     file = dir.path() + "/report.docx";
     test::WriteFile(file, "content");
@@ -143,8 +143,7 @@ void ExpectTagChangesFail(ncADSMgr* adsMgr, const String& path, int cause) {
 // reports access denied and keeps its tag.
 TEST_F(ADSMgrTest, TagsThatCannotChangeReportTheSystemErrorAsCause) {
   const std::string link = dir.path() + "/link";
-  ASSERT_EQ(0, ::symlink(file.c_str(), link.c_str()));
-  ExpectTagChangesFail(adsMgr.get(), base::FromUtf8(link), 50);
+  if (test::MakeSymlink(file, link)) ExpectTagChangesFail(adsMgr.get(), base::FromUtf8(link), 50);
 
   adsMgr->SetStatusInfo(base::FromUtf8(file), 1);
   test::Immutable locked(file);

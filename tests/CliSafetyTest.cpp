@@ -164,7 +164,7 @@ TEST(CliSafetyTest, AnUnreadableFolderKeepsItsRecordsAndTheFirstScanWaitsForTheW
 TEST(CliSafetyTest, AFileThatCannotBeTaggedIsReportedAndTheScanGoesOn) {
   test::TempDir dir;
   const std::string root = dir.path();
-  if (!test::SupportsUserXattrs(root)) GTEST_SKIP() << "no user extended attributes on " << root;
+  if (!test::SupportsStreams(root)) GTEST_SKIP() << "no user extended attributes on " << root;
   for (const char* name : {"a.txt", "b.txt", "c.txt"}) test::WriteFile(root + "/" + name, name);
   int status = 0;
   test::RunCommand("chattr +i " + Quoted(root + "/b.txt"), &status);

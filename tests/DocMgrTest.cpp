@@ -54,9 +54,8 @@ TEST_F(DocMgrTest, InitCreatesBothDataDirectoriesCustomisesTopFoldersAndKeepsThe
   }
   EXPECT_TRUE(docMgr->IsNewView());
   EXPECT_EQ(dir.child("root"), Adopt(docMgr->GetPathMgr(u""))->GetRootPath());
-  EXPECT_NE(std::string::npos, test::ReadFile(dir.path() + "/root/Mine/.directory").find("Comment=1-My Documents\n"));
-  EXPECT_NE(std::string::npos,
-            test::ReadFile(dir.path() + "/root/Org/.directory").find("Comment=5-Organization Documents-Sales\n"));
+  EXPECT_EQ("1-My Documents", test::FolderDisplayText(dir.path() + "/root/Mine"));
+  EXPECT_EQ("5-Organization Documents-Sales", test::FolderDisplayText(dir.path() + "/root/Org"));
   EXPECT_FALSE(test::Exists(dir.path() + "/root/Absent"));
 
   // The journals live under the second root and persist.

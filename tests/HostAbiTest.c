@@ -6,10 +6,11 @@
  * locks, the unload test, release.
  *
  * Usage: docmgr_host_abi_test MODULE_FILE. Exit status 0 when every check holds. */
-#include <dlfcn.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>
+
+#include "HostModuleLoader.h"
 
 typedef uint32_t nsresult;
 typedef uint32_t nsrefcnt;
@@ -276,13 +277,10 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: %s MODULE_FILE\n", argv[0]);
     return 2;
   }
-  void* file = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
-  if (!file) {
-    fprintf(stderr, "%s\n", dlerror());
-    return 1;
-  }
+  void* file = HostOpenModule(argv[1]);
+  if (!file) return 1;
   GetModuleProc getModule;
-  void* symbol = dlsym(file, "NSGetModule");
+  void* symbol = HostFindSymbol(file, "NSGetModule");
   CHECK(symbol != NULL);
   if (!symbol) return 1;
   memcpy(&getModule, &symbol, sizeof getModule);
@@ -314,7 +312,7 @@ int main(int argc, char** argv) {
   CHECK(host.unexpectedCalls == 0);
   CHECK(host.references == 1);  /* every reference the module took is given back */
   CHECK(module->vtbl->Release(module) == 0);
-  dlclose(file);
+  HostCloseModule(file);
   if (failures) fprintf(stderr, "%d check(s) failed\n", failures);
   else printf("the module keeps the frozen layouts\n");
   return failures ? 1 : 0;

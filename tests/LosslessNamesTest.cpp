@@ -65,7 +65,7 @@ TEST(LosslessTextTest, NativeNamesKeepEveryByteAndEveryLoneSurrogate) {
 class LosslessNamesTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!test::SupportsUserXattrs(dir_.path())) GTEST_SKIP() << "no user extended attributes in " << dir_.path();
+    if (!test::SupportsStreams(dir_.path())) GTEST_SKIP() << "no user extended attributes in " << dir_.path();
     tags_ = NC_NEW(ncADSMgr);
     cache_ = NC_NEW(ncCacheMgr);
     cache_->Init(dir_.child("cache.db"), false);

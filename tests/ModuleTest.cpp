@@ -21,11 +21,7 @@ const nsCID kDocMgrCid = NC_DOCMGR_CID;
 const nsCID kUpgradeMgrCid = NC_UPGRADEMGR_CID;
 
 TEST(ModuleTest, ExportsOnlyNSGetModule) {
-  int status = 0;
-  const std::string functions = test::RunCommand(std::string("nm -D --defined-only ") + DOCMGR_MODULE_PATH +
-                                                     " | awk '$2 == \"T\" || $2 == \"W\" {print $3}'",
-                                                 &status);
-  EXPECT_EQ("NSGetModule\n", functions);
+  EXPECT_EQ("NSGetModule\n", test::ExportedFunctions(DOCMGR_MODULE_PATH));
 }
 
 TEST(ModuleTest, HostLearnsBothComponentsFromTheModuleFile) {

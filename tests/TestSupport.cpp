@@ -1,10 +1,5 @@
 #include "TestSupport.h"
 
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <sys/xattr.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -13,19 +8,24 @@
 #include "base/Directory.h"
 #include "base/LibManager.h"
 #include "docmgr/ncAutoGetTable.h"
+#include "FileTestSupport.h"
+#include "platform/ncPlatform.h"
 
 namespace test {
 
-TempDir::TempDir() {
-  const char* base = std::getenv("TMPDIR");
-  std::string pattern = std::string(base && *base ? base : "/tmp") + "/docmgr-test-XXXXXX";
-  if (!::mkdtemp(&pattern[0])) std::abort();
-  path_ = pattern;
+TempDir::TempDir() : path_(MakeTempDir(SystemTempFolder())) {
+  if (path_.empty()) std::abort();
 }
 
-TempDir::TempDir(const std::string& base) {
-  std::string pattern = base + "/docmgr-test-XXXXXX";
-  if (::mkdtemp(&pattern[0])) path_ = pattern;
+TempDir::TempDir(const std::string& base) : path_(MakeTempDir(base)) {}
+
+String TempDir::child(const std::string& relative) const { return base::FromNativeBytes(path_) + Native(u"/" + base::FromNativeBytes(relative)); }
+
+String Native(const String& path) {
+  String native = path;
+  for (char16_t& unit : native)
+    if (unit == u'/') unit = platform::kPathSeparator;
+  return native;
 }
 
 TempDir::~TempDir() {
@@ -46,24 +46,15 @@ std::string ReadFile(const std::string& path) {
 }
 
 bool Exists(const std::string& path) {
-  struct stat info;
-  return ::lstat(path.c_str(), &info) == 0;
+  return platform::GetFileAttributes(base::FromNativeBytes(path)) != platform::kInvalidAttributes;
 }
 
-void MakeDir(const std::string& path) { ::mkdir(path.c_str(), 0777); }
+void MakeDir(const std::string& path) { platform::CreateDirectory(base::FromNativeBytes(path)); }
 
-std::string RunCommand(const std::string& command, int* status) {
-  std::string output;
-  FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
-  if (!pipe) {
-    *status = -1;
-    return output;
-  }
-  char buffer[4096];
-  while (size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, got);
-  const int rc = ::pclose(pipe);
-  *status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
-  return output;
+std::string LittleEndian64(int64_t value) {
+  std::string bytes(8, '\0');
+  for (int i = 0; i < 8; ++i) bytes[i] = static_cast<char>((static_cast<uint64_t>(value) >> (8 * i)) & 0xFF);
+  return bytes;
 }
 
 void ExpectException(const std::function<void()>& call, int code, const base::String* message, const char* text) {
@@ -80,7 +71,8 @@ void ExpectException(const std::function<void()>& call, int code, const base::St
 
 CliRun Cli(const std::string& arguments) {
   CliRun run;
-  run.output = RunCommand(std::string(DOCMGR_CLI_PATH) + " --quiet " + arguments, &run.status);
+  const std::string program = base::ToUtf8(Native(base::FromUtf8(DOCMGR_CLI_PATH)));
+  run.output = RunCommand(program + " --quiet " + arguments, &run.status);
   return run;
 }
 
@@ -97,20 +89,12 @@ Rows Query(ncDBMgr* db, const std::string& sql) {
   return out;
 }
 
-bool SupportsUserXattrs(const std::string& directory) {
-  const std::string probe = directory + "/.xattr-probe";
-  WriteFile(probe, "");
-  const bool supported = ::setxattr(probe.c_str(), "user.probe", "1", 1, 0) == 0;
-  ::unlink(probe.c_str());
-  return supported;
-}
-
 }  // namespace test
 
 // The tests start the library in-process, as the host's module constructor does, with
 // English texts whatever the machine's locale.
 int main(int argc, char** argv) {
-  ::setenv("KESTROVE_LANG", "en", 1);
+  test::SetEnvironment("KESTROVE_LANG", "en");
   ::testing::InitGoogleTest(&argc, argv);
   base::LibManager::getInstance()->initLibs(base::AppSettings::getCFLAppSettings(), base::AppContext::getInstance(),
                                             nullptr);

@@ -26,12 +26,23 @@ class TempDir {
   ~TempDir();
   const std::string& path() const { return path_; }
   String wpath() const { return base::FromUtf8(path_); }
-  // path()/relative, as a wide string.
-  String child(const std::string& relative) const { return base::FromUtf8(path_ + "/" + relative); }
+  // path()/relative as a wide string, with the system's separators.
+  String child(const std::string& relative) const;
 
  private:
   std::string path_;
 };
+
+// The path with '/' turned into the system's separator.
+String Native(const String& path);
+
+// True where the POSIX backend runs (its own mappings: mount-point markers, "\" in names).
+extern const bool kPosixBackend;
+
+// The names of the functions a module file exports.
+std::string ExportedFunctions(const std::string& moduleFile);
+// The display text a folder's customisation gave it (empty when none).
+std::string FolderDisplayText(const std::string& folder);
 
 void WriteFile(const std::string& path, const std::string& content);
 std::string ReadFile(const std::string& path);
@@ -41,8 +52,10 @@ void MakeDir(const std::string& path);
 // Runs a shell command; returns its standard output and error, and its exit status.
 std::string RunCommand(const std::string& command, int* status);
 
-// True when the folder's file system takes user extended attributes.
-bool SupportsUserXattrs(const std::string& directory);
+// True when files in the folder keep named streams of their own (POSIX: the file system
+// takes user extended attributes; Wine: never, a "file:stream" name is a separate file).
+bool SupportsStreams(const std::string& directory);
+extern const char kNoStreamsReason[];
 
 // docmgr-cli run with the arguments, as a support engineer runs it.
 struct CliRun {

@@ -3,11 +3,11 @@
 
 #include <cstdint>
 
+#include "platform/ncPlatform.h"
+
 namespace base {
 
-struct LocalTime {
-  int year, month, day, hour, minute, second, millisecond;
-};
+using LocalTime = platform::LocalTime;
 
 class Clock {
  public:

@@ -1,12 +1,35 @@
 #include "base/Directory.h"
 
-#include <fnmatch.h>
-
 #include "docmgr/Exception.h"
 #include "base/Path.h"
 #include "platform/ncPlatform.h"
 
 namespace base {
+
+namespace {
+
+// "*" stands for any run of units, "?" for one unit; everything else matches itself.
+bool MatchesWildcard(const String& name, const String& pattern) {
+  size_t n = 0, p = 0, starPattern = String::npos, starName = 0;
+  while (n < name.size()) {
+    if (p < pattern.size() && (pattern[p] == u'?' || pattern[p] == name[n])) {
+      ++n;
+      ++p;
+    } else if (p < pattern.size() && pattern[p] == u'*') {
+      starPattern = p++;
+      starName = n;
+    } else if (starPattern != String::npos) {
+      p = starPattern + 1;
+      n = ++starName;
+    } else {
+      return false;
+    }
+  }
+  while (p < pattern.size() && pattern[p] == u'*') ++p;
+  return p == pattern.size();
+}
+
+}  // namespace
 
 bool Directory::exists(const String& path) {
   const uint32_t attributes = platform::GetFileAttributes(path);
@@ -24,10 +47,9 @@ void Directory::create(const String& path) {
 std::vector<String> Directory::list(const String& path, const String& pattern) {
   std::vector<String> names;
   if (!platform::ListDirectory(path, names)) throw BASE_SYSTEM_ERROR(platform::GetLastError(), path);
-  const std::string glob = ToUtf8(pattern);
   std::vector<String> entries;
   for (const String& name : names)
-    if (::fnmatch(glob.c_str(), ToUtf8(name).c_str(), 0) == 0) entries.push_back(Path::combine(path, name));
+    if (MatchesWildcard(name, pattern)) entries.push_back(Path::combine(path, name));
   return entries;
 }
 

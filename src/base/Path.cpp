@@ -1,22 +1,14 @@
 #include "base/Path.h"
 
+#include "platform/ncPlatform.h"
+
 namespace base {
 
-#ifdef _WIN32
-const char16_t Path::kSeparator = u'\\';
-#else
-const char16_t Path::kSeparator = u'/';
-#endif
+const char16_t Path::kSeparator = platform::kPathSeparator;
 
 namespace {
 
-size_t LastSeparator(const String& path) {
-#ifdef _WIN32
-  return path.find_last_of(u"\\/");
-#else
-  return path.rfind(u'/');
-#endif
-}
+size_t LastSeparator(const String& path) { return path.find_last_of(platform::kPathSeparators); }
 
 }  // namespace
 

@@ -1,11 +1,11 @@
 #include "base/SystemLog.h"
 
-#include <syslog.h>
+#include "platform/ncPlatform.h"
 
 namespace base {
 
 void SystemLog::log(int type, const String& message) {
-  syslog(LOG_ERR, "docmgr[%d]: %s", type, ToUtf8(message).c_str());
+  platform::WriteSystemLog("docmgr[" + std::to_string(type) + "]: " + ToUtf8(message));
 }
 
 }  // namespace base

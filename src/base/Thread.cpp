@@ -1,7 +1,6 @@
 #include "base/Thread.h"
 
-#include <sys/syscall.h>
-#include <unistd.h>
+#include "platform/ncPlatform.h"
 
 namespace base {
 
@@ -17,6 +16,6 @@ void Thread::join() {
   thread_.reset();
 }
 
-uint64_t Thread::currentId() { return static_cast<uint64_t>(syscall(SYS_gettid)); }
+uint64_t Thread::currentId() { return platform::GetCurrentThreadId(); }
 
 }  // namespace base

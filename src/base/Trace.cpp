@@ -1,12 +1,10 @@
 #include "base/Trace.h"
 
-#include <sys/time.h>
-
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <mutex>
 
+#include "base/Clock.h"
 #include "docmgr/Exception.h"
 #include "base/Thread.h"
 
@@ -40,7 +38,7 @@ void Trace::configure(const std::string& target) {
   if (sink && sink != stderr) std::fclose(sink);
   sink = nullptr;
   if (target == "stderr") sink = stderr;
-  else if (!target.empty()) sink = std::fopen(target.c_str(), "a");
+  else if (!target.empty()) sink = std::fopen(target.c_str(), "ab");  // lines end in "\n" everywhere
   on_ = sink != nullptr;
 }
 
@@ -57,18 +55,14 @@ std::string Trace::qualifiedName(const char* prettyFunction) {
 
 void Trace::write(const char* module, const char* file, int line, const char* prettyFunction,
                   const String& message) {
-  struct timeval now;
-  gettimeofday(&now, nullptr);
-  struct tm local;
-  localtime_r(&now.tv_sec, &local);
-  char stamp[32];
-  std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", &local);
+  const LocalTime now = Clock::localTime();
   const std::string where = ToUtf8(SourcePath(file));
   const std::string text = ToUtf8(message);
   std::lock_guard<std::mutex> guard(SinkLock());
   FILE* sink = Sink();
   if (!sink) return;
-  std::fprintf(sink, "%s.%03ld [%lu] %s %s:%d %s %s\n", stamp, static_cast<long>(now.tv_usec / 1000),
+  std::fprintf(sink, "%04d-%02d-%02d %02d:%02d:%02d.%03d [%lu] %s %s:%d %s %s\n", now.year, now.month, now.day,
+               now.hour, now.minute, now.second, now.millisecond,
                static_cast<unsigned long>(Thread::currentId()), module, where.c_str(), line,
                qualifiedName(prettyFunction).c_str(), text.c_str());
   std::fflush(sink);

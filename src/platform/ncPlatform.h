@@ -51,11 +51,22 @@ uint32_t Win32ErrorFromErrno(int error);
 // The platform's text for a Win32 error code.
 String SystemErrorText(uint32_t code);
 
-// "\\?\" handling: the identity on POSIX when adding; removal strips the four units.
+// The separator the platform writes between path names, and every unit it reads as one.
+#ifdef _WIN32
+constexpr char16_t kPathSeparator = u'\\';
+constexpr const char16_t* kPathSeparators = u"\\/";
+#else
+constexpr char16_t kPathSeparator = u'/';
+constexpr const char16_t* kPathSeparators = u"/";
+#endif
+
+// "\\?\" handling: the identity on POSIX when adding (Windows: absolute paths get the
+// prefix, '/' becomes '\\'); removal strips the four units.
 String AddLongPathPrefix(const String& path);
 String RemoveLongPathPrefix(const String& path);
-// The native form of a path for system calls (long-path prefix removed). On POSIX the bytes
-// of base::ToNativeBytes: lossless for names that are not valid UTF-8.
+// The native form of a path for system calls. POSIX: the bytes of base::ToNativeBytes
+// (lossless for names that are not valid UTF-8), long-path prefix removed. Windows: UTF-8
+// for SQLite, the prefix kept only where the path needs it.
 std::string NativePath(const String& path);
 
 // True when the path is beyond what the native file system takes (POSIX: the UTF-8 path
@@ -66,6 +77,18 @@ uint32_t GetFileAttributes(const String& path);
 // The size in bytes of a file.
 bool GetFileSize(const String& path, int64_t& size);
 bool SetFileAttributes(const String& path, uint32_t attributes);
+
+// What is at a path, a link not followed: a link or a device is neither a regular file nor
+// a folder.
+struct FileInfo {
+  bool isDirectory;
+  bool isRegularFile;
+  int64_t size;
+  int64_t modifiedMicros;  // since 1970
+};
+bool GetFileInfo(const String& path, FileInfo& info);
+// The absolute form of a path, against the current folder.
+String GetFullPath(const String& path);
 
 bool CreateDirectory(const String& path);
 // Creates an empty file, truncating an existing one.
@@ -103,6 +126,17 @@ String GetUserName();
 void CreateGuidBytes(uint8_t bytes[16]);
 // Folder of the module (shared library or executable) that contains the address.
 String GetModuleDirectory(const void* addressInModule);
+
+// Wall clock.
+struct LocalTime {
+  int year, month, day, hour, minute, second, millisecond;
+};
+LocalTime GetLocalTime();
+int64_t GetEpochMillis();
+uint64_t GetCurrentThreadId();
+
+// One error entry in the system log (syslog on POSIX, the event log on Windows).
+void WriteSystemLog(const std::string& utf8Text);
 
 // Module files loaded at run time. LoadModuleFile returns null on failure and leaves the
 // system's reason for LastModuleError.

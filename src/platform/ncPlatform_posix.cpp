@@ -11,8 +11,11 @@
 #include <fcntl.h>
 #include <iconv.h>
 #include <pwd.h>
+#include <syslog.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -21,6 +24,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <memory>
 
 namespace platform {
@@ -75,57 +79,6 @@ bool IsDotName(const std::string& path) {
 uint32_t GetLastError() { return lastError; }
 void SetLastError(uint32_t code) { lastError = code; }
 
-uint32_t Win32ErrorFromErrno(int error) {
-  switch (error) {
-    case 0: return kErrorSuccess;
-    case ENOENT: return kErrorFileNotFound;
-    case ENODATA: return kErrorFileNotFound;  // a missing extended attribute, as a missing stream
-    case ENOTDIR: return kErrorPathNotFound;
-    case EACCES: case EPERM: return kErrorAccessDenied;
-    case EROFS: return kErrorWriteProtect;
-    case EEXIST: return kErrorAlreadyExists;
-    case ENOTEMPTY: return kErrorDirNotEmpty;
-    case EXDEV: return kErrorNotSameDevice;
-    case ENOSPC: return kErrorDiskFull;
-    case ENAMETOOLONG: return kErrorFilenameExcedRange;
-    case EINVAL: return kErrorInvalidParameter;
-    case EBUSY: return kErrorSharingViolation;
-    case EMFILE: return kErrorTooManyOpenFiles;
-#if defined(EOPNOTSUPP) && EOPNOTSUPP != ENOTSUP
-    case EOPNOTSUPP:
-#endif
-    case ENOTSUP: return kErrorNotSupported;
-    case EIO: return kErrorIoDevice;
-    default: return kErrorGenFailure;
-  }
-}
-
-String SystemErrorText(uint32_t code) {
-  const char* text;
-  switch (code) {
-    case kErrorSuccess: text = "The operation completed successfully."; break;
-    case kErrorFileNotFound: text = "The system cannot find the file specified."; break;
-    case kErrorPathNotFound: text = "The system cannot find the path specified."; break;
-    case kErrorTooManyOpenFiles: text = "The system cannot open the file."; break;
-    case kErrorAccessDenied: text = "Access is denied."; break;
-    case kErrorInvalidData: text = "The data is invalid."; break;
-    case kErrorNotSameDevice: text = "The system cannot move the file to a different disk drive."; break;
-    case kErrorWriteProtect: text = "The media is write protected."; break;
-    case kErrorGenFailure: text = "A device attached to the system is not functioning."; break;
-    case kErrorSharingViolation: text = "The process cannot access the file because it is being used by another process."; break;
-    case kErrorNotSupported: text = "The request is not supported."; break;
-    case kErrorFileExists: text = "The file exists."; break;
-    case kErrorInvalidParameter: text = "The parameter is incorrect."; break;
-    case kErrorDiskFull: text = "There is not enough space on the disk."; break;
-    case kErrorDirNotEmpty: text = "The directory is not empty."; break;
-    case kErrorAlreadyExists: text = "Cannot create a file when that file already exists."; break;
-    case kErrorFilenameExcedRange: text = "The filename or extension is too long."; break;
-    case kErrorIoDevice: text = "The request could not be performed because of an I/O device error."; break;
-    default: return base::Format(u"System error %u.", code);
-  }
-  return base::FromAscii(text);
-}
-
 String AddLongPathPrefix(const String& path) { return path; }
 
 String RemoveLongPathPrefix(const String& path) {
@@ -171,6 +124,25 @@ bool GetFileSize(const String& path, int64_t& size) {
   if (::stat(NativePath(path).c_str(), &info) != 0) return FailFromErrno();
   size = static_cast<int64_t>(info.st_size);
   return true;
+}
+
+bool GetFileInfo(const String& path, FileInfo& out) {
+  struct stat info;
+  if (::lstat(NativePath(path).c_str(), &info) != 0) return FailFromErrno();
+  out.isDirectory = S_ISDIR(info.st_mode);
+  out.isRegularFile = S_ISREG(info.st_mode);
+  out.size = out.isRegularFile ? static_cast<int64_t>(info.st_size) : 0;
+  out.modifiedMicros = static_cast<int64_t>(info.st_mtim.tv_sec) * 1000000 + info.st_mtim.tv_nsec / 1000;
+  return Succeed();
+}
+
+String GetFullPath(const String& path) {
+  if (!path.empty() && path[0] == u'/') return path;
+  std::unique_ptr<char, void (*)(void*)> cwd(::getcwd(nullptr, 0), std::free);
+  if (!cwd) return path;
+  String absolute = base::FromUtf8(cwd.get()) + u"/" + path;
+  while (absolute.size() > 1 && absolute.back() == u'/') absolute.pop_back();
+  return absolute;
 }
 
 bool SetFileAttributes(const String& path, uint32_t attributes) {
@@ -507,6 +479,25 @@ String GetModuleDirectory(const void* addressInModule) {
   const char* slash = std::strrchr(file, '/');
   return slash ? base::FromNativeBytes(std::string(file, slash)) : String(u".");
 }
+
+LocalTime GetLocalTime() {
+  struct timeval now;
+  ::gettimeofday(&now, nullptr);
+  struct tm local;
+  ::localtime_r(&now.tv_sec, &local);
+  return LocalTime{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+                   local.tm_min,         local.tm_sec,     static_cast<int>(now.tv_usec / 1000)};
+}
+
+int64_t GetEpochMillis() {
+  struct timeval now;
+  ::gettimeofday(&now, nullptr);
+  return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_usec / 1000;
+}
+
+uint64_t GetCurrentThreadId() { return static_cast<uint64_t>(::syscall(SYS_gettid)); }
+
+void WriteSystemLog(const std::string& utf8Text) { ::syslog(LOG_ERR, "%s", utf8Text.c_str()); }
 
 namespace {
 thread_local std::string lastModuleError;
