@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "base/Directory.h"
-#include "base/String.h"
+#include "text/String.h"
 
 namespace bench {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "BenchSupport.h"
-#include "base/String.h"
+#include "text/String.h"
 #include "docmgr/ncLogMgr.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncRelayMgr.h"

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "docmgr/Exception.h"
-#include "base/String.h"
+#include "text/String.h"
 
 namespace fuzz {
 

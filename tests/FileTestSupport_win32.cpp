@@ -8,7 +8,7 @@
 #include <random>
 
 #include "TestSupport.h"
-#include "base/String.h"
+#include "text/String.h"
 #include "platform/ncPlatform.h"
 
 namespace test {

@@ -12,7 +12,7 @@
 #include "base/File.h"
 #include "base/MoResourceLoader.h"
 #include "base/Path.h"
-#include "base/String.h"
+#include "text/String.h"
 #include "base/Trace.h"
 #include "docmgr/ncDocUtils.h"
 #include "platform/ncPlatform.h"

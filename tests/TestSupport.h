@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "docmgr/Exception.h"
-#include "base/String.h"
+#include "text/String.h"
 
 class ncDBMgr;
 

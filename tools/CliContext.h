@@ -7,7 +7,7 @@
 
 #include "JsonWriter.h"
 #include "LockWatch.h"
-#include "base/String.h"
+#include "text/String.h"
 #include "docmgr/ncIDocMgr.h"
 #include "docmgr/nsCOMPtr.h"
 #include "docmgr/nsHostLoader.h"

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "base/String.h"
+#include "text/String.h"
 
 namespace base {
 

@@ -1,7 +1,7 @@
 // Files: existence and removal. Failures throw the system-error exception.
 #pragma once
 
-#include "base/String.h"
+#include "text/String.h"
 
 namespace base {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "base/String.h"
+#include "text/String.h"
 
 namespace base {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "base/String.h"
+#include "text/String.h"
 
 namespace base {
 

@@ -1,7 +1,7 @@
 // Path helpers over the platform's separator.
 #pragma once
 
-#include "base/String.h"
+#include "text/String.h"
 
 namespace base {
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "base/ISharedLibrary.h"
-#include "base/String.h"
+#include "text/String.h"
 
 namespace base {
 

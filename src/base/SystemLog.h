@@ -1,7 +1,7 @@
 // The system log (syslog at LOG_ERR on POSIX).
 #pragma once
 
-#include "base/String.h"
+#include "text/String.h"
 
 namespace base {
 

@@ -3,7 +3,7 @@
 // file:line, the qualified method and the formatted arguments.
 #pragma once
 
-#include "base/String.h"
+#include "text/String.h"
 
 namespace base {
 

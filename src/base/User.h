@@ -1,7 +1,7 @@
 // The user the process runs as.
 #pragma once
 
-#include "base/String.h"
+#include "text/String.h"
 
 namespace base {
 

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "base/String.h"
+#include "text/String.h"
 
 class ncGNSUtil {
  public:

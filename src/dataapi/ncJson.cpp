@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "base/String.h"
+#include "text/String.h"
 #include "docmgr/Exception.h"
 
 namespace JSON {

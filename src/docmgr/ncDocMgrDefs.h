@@ -3,7 +3,7 @@
 
 #include "docmgr/Exception.h"
 #include "base/Path.h"
-#include "base/String.h"
+#include "text/String.h"
 #include "base/Trace.h"
 #include "xpcom/nsRefCount.h"
 #include "xpcom/nsTableDrivenQI.h"

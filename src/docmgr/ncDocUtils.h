@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "base/String.h"
+#include "text/String.h"
 
 class ncDocUtils {
  public:

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "base/String.h"
+#include "text/String.h"
 
 namespace platform {
 

@@ -2,7 +2,7 @@
 // (".directory" on POSIX desktops, desktop.ini on Windows).
 #pragma once
 
-#include "base/String.h"
+#include "text/String.h"
 
 class ncShellUtil {
  public:

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "base/String.h"
+#include "text/String.h"
 #include "platform/ncPlatform.h"
 #include "docmgr/nsIComponentRegistrar.h"
 #include "docmgr/nsIFactory.h"

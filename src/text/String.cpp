@@ -1,4 +1,4 @@
-#include "base/String.h"
+#include "text/String.h"
 
 #include <algorithm>
 #include <climits>
