@@ -36,8 +36,7 @@ void BM_ExecuteSqlInsert(benchmark::State& state) {
 
 void BM_ExecuteSqlInsert_Raw(benchmark::State& state) {
   bench::TempDir dir;
-  sqlite3* db = bench::OpenRaw(dir.path() + "/raw.db");
-  bench::ExecRaw(db, "PRAGMA synchronous=NORMAL;");
+  sqlite3* db = bench::OpenRaw(dir.path() + "/raw.db", "NORMAL");
   bench::ExecRaw(db, kCreate);
   int64_t n = 0;
   for (auto _ : state) {
