@@ -1,7 +1,7 @@
 # docmgr: set-up, build, demo and tests on Debian 12.
 #   make demo   install what is missing, build, run the tool's demo on a sample sync root
 #   make test   install what is missing, build, run every test
-#   make bench  build and run the benchmarks (Release)
+#   make bench  build and run the benchmarks (Release): ratios to raw SQLite, then the scan ratios
 
 PACKAGES := build-essential cmake pkg-config libsqlite3-dev libnspr4-dev googletest \
             libgtest-dev libgmock-dev libbenchmark-dev gettext
@@ -46,6 +46,7 @@ bench: deps
 	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DDOCMGR_BENCH=ON
 	cmake --build build-bench -j $(JOBS)
 	cd build-bench && ./bin/docmgr-bench
+	cd build-bench && ./bin/docmgr-scan-ratio ./bin/docmgr-cli ./bin/docmgr-scan-baseline 10000 100000
 
 sanitize-test:
 	$(MAKE) test BUILD=build-asan CMAKE_FLAGS="-DDOCMGR_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug $(CMAKE_FLAGS)"
