@@ -2,7 +2,6 @@
 // transaction, a failed batch (a refused statement or a refused commit) leaves nothing
 // behind, other threads wait for it, and a host reaches it by QueryInterface.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <atomic>
 #include <chrono>
@@ -12,6 +11,7 @@
 
 #include "TestSupport.h"
 #include "docmgr/ncCacheMgr.h"
+#include "docmgr/ncDBMgr.h"
 #include "docmgr/ncLogMgr.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/public/ncICacheMgr.h"
@@ -26,31 +26,17 @@ namespace {
 
 using base::String;
 
-// A second connection to the same file: what other processes see, and how fixtures that the
-// stores would refuse are planted.
-class RawDb {
- public:
-  explicit RawDb(const std::string& path) { sqlite3_open(path.c_str(), &db_); }
-  ~RawDb() { sqlite3_close(db_); }
-  void Exec(const std::string& sql) {
-    char* error = nullptr;
-    const int rc = sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, &error);
-    EXPECT_EQ(SQLITE_OK, rc) << (error ? error : "") << " in " << sql;
-    sqlite3_free(error);
-  }
-  int64_t Number(const std::string& sql) {
-    sqlite3_stmt* statement = nullptr;
-    int64_t value = -1;
-    if (sqlite3_prepare_v2(db_, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
-        sqlite3_step(statement) == SQLITE_ROW)
-      value = sqlite3_column_int64(statement, 0);
-    sqlite3_finalize(statement);
-    return value;
-  }
+// A second connection to the same file: what other connections see, and the way in for
+// fixtures that the stores would refuse.
+nsCOMPtr<ncDBMgr> SecondConnection(const std::string& file) {
+  nsCOMPtr<ncDBMgr> db(NC_NEW(ncDBMgr));
+  db->Open(base::FromUtf8(file));
+  return db;
+}
 
- private:
-  sqlite3* db_ = nullptr;
-};
+int64_t Number(const std::string& file, const std::string& sql) {
+  return std::stoll(test::Query(SecondConnection(file).get(), sql).at(0).at(0));
+}
 
 ncCacheInfo File(int n) {
   ncCacheInfo info;
@@ -75,19 +61,18 @@ class CacheBatchTest : public ::testing::Test {
   // dangling reference for "orphan" names, checked only at commit (a deferred foreign key).
   void PlantFaults() {
     cache_->Close();
-    {
-      RawDb raw(file_);
-      raw.Exec("create table tb_owner (id text primary key)");
-      raw.Exec("create table tb_claim (owner text references tb_owner(id) deferrable initially deferred)");
-      raw.Exec("create trigger trg_poison before insert on tb_cacheInfo when new.name = 'poison' begin "
-               "select raise(abort, 'refused'); end");
-      raw.Exec("create trigger trg_orphan after insert on tb_cacheInfo when new.name like 'orphan%' begin "
-               "insert into tb_claim values ('nobody'); end");
-    }
+    nsCOMPtr<ncDBMgr> planter = SecondConnection(file_);
+    planter->ExecuteSql(u"create table tb_owner (id text primary key)");
+    planter->ExecuteSql(u"create table tb_claim (owner text references tb_owner(id) deferrable initially deferred)");
+    planter->ExecuteSql(u"create trigger trg_poison before insert on tb_cacheInfo when new.name = 'poison' begin "
+                        u"select raise(abort, 'refused'); end");
+    planter->ExecuteSql(u"create trigger trg_orphan after insert on tb_cacheInfo when new.name like 'orphan%' begin "
+                        u"insert into tb_claim values ('nobody'); end");
+    planter->Close();
     Open();
     cache_->GetDBMgr()->ExecuteSql(u"PRAGMA foreign_keys=ON;");
   }
-  int64_t CommittedRows() { return RawDb(file_).Number("select count(*) from tb_cacheInfo"); }
+  int64_t CommittedRows() { return Number(file_, "select count(*) from tb_cacheInfo"); }
 
   test::TempDir dir_;
   std::string file_ = dir_.path() + "/cache.db";
@@ -210,16 +195,15 @@ TEST(LogBatchTest, EntriesAndTheirCounterCommitTogetherOrNotAtAll) {
   batch->BeginBatch();
   for (int n = 0; n < 3000; ++n) log->RecordSyncLog(1, entry);
   batch->RollbackBatch();
-  RawDb raw(file);
-  EXPECT_EQ(0, raw.Number("select count(*) from tb_synclog"));
-  EXPECT_EQ(0, raw.Number("select logCount from tb_logstat where logType = 1"));
+  EXPECT_EQ(0, Number(file, "select count(*) from tb_synclog"));
+  EXPECT_EQ(0, Number(file, "select logCount from tb_logstat where logType = 1"));
 
   batch->BeginBatch();
   for (int n = 0; n < 3000; ++n) log->RecordSyncLog(1, entry);
-  EXPECT_EQ(0, raw.Number("select count(*) from tb_synclog"));
+  EXPECT_EQ(0, Number(file, "select count(*) from tb_synclog"));
   batch->CommitBatch();
-  EXPECT_EQ(3000, raw.Number("select count(*) from tb_synclog"));
-  EXPECT_EQ(3000, raw.Number("select logCount from tb_logstat where logType = 1"));
+  EXPECT_EQ(3000, Number(file, "select count(*) from tb_synclog"));
+  EXPECT_EQ(3000, Number(file, "select logCount from tb_logstat where logType = 1"));
   log->Close();
 }
 
