@@ -230,7 +230,7 @@ void CacheDeleteSubtree(benchmark::State& state) {
 }
 
 // Iterations for the calls that read or rewrite a large part of the table.
-int64_t HeavyIterations(int64_t rows) { return rows >= 1000000 ? 5 : rows >= 100000 ? 11 : 31; }
+int64_t HeavyIterations(int64_t rows) { return rows >= 1000000 ? 3 : rows >= 100000 ? 7 : 21; }
 
 // Size by size, so that one size's database is built once and dropped before the next.
 bool RegisterCacheBenchmarks() {
@@ -257,7 +257,7 @@ bool RegisterCacheBenchmarks() {
       benchmark::internal::Benchmark* benchmark =
           benchmark::RegisterBenchmark(definition.name, definition.run)->Arg(rows)->UseManualTime();
       if (definition.heavy) benchmark->Iterations(HeavyIterations(rows))->Unit(benchmark::kMillisecond);
-      else benchmark->MinTime(0.5)->Unit(benchmark::kMicrosecond);
+      else benchmark->MinTime(0.3)->Unit(benchmark::kMicrosecond);
     }
   return true;
 }

@@ -116,10 +116,11 @@ BENCHMARK(BM_RecordSyncLog)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSiz
 BENCHMARK(BM_RecordSyncLogTrim)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSizes[3]}})
     ->Iterations(9)->UseManualTime()->Unit(benchmark::kMillisecond);
 
-// nonius.db with range(0) upload and range(0) download records, ours and a raw copy.
+// nonius.db with range(0) records in the table the benchmark updates, ours and a raw copy.
 class RelayFiles {
  public:
-  explicit RelayFiles(int64_t rows) {
+  enum Table { Upload, Download };
+  RelayFiles(int64_t rows, Table table) {
     const std::string ourFile = dir_.path() + "/nonius.db", rawFile = dir_.path() + "/raw.db";
     relay_ = NC_NEW(ncRelayMgr);
     relay_->Init(base::FromUtf8(ourFile));
@@ -127,10 +128,12 @@ class RelayFiles {
     sqlite3* filler = bench::OpenRaw(ourFile, "NORMAL");
     const std::string numbers =
         "with recursive n(i) as (select 0 union all select i + 1 from n where i < " + std::to_string(rows - 1) + ") ";
-    bench::ExecRaw(filler, numbers + "insert into tb_upload_nonius (srcPath, destPath, docId, size, unUploadBlocks, "
+    if (table == Upload)
+      bench::ExecRaw(filler, numbers + "insert into tb_upload_nonius (srcPath, destPath, docId, size, unUploadBlocks, "
                                      "status) select " + kSource + ", 'gns://A1/' || i, 'gns://A1/' || i, i, '[\"1-\"]', "
                                      "i % 3 from n");
-    bench::ExecRaw(filler, numbers + "insert into tb_download_nonius (srcPath, destPath, docId, size, range, status) "
+    else
+      bench::ExecRaw(filler, numbers + "insert into tb_download_nonius (srcPath, destPath, docId, size, range, status) "
                                      "select " + kSource + ", 'gns://B1/' || i, 'gns://B1/' || i, i, 0, i % 3 from n");
     sqlite3_close(filler);
     bench::CopyFile(ourFile, rawFile);
@@ -163,7 +166,7 @@ class RelayFiles {
 };
 
 void BM_UpdateUploadNonius(benchmark::State& state) {
-  RelayFiles files(state.range(0));
+  RelayFiles files(state.range(0), RelayFiles::Upload);
   files.Run(state, [&](const base::String& path) {
     ncUploadNonius record;
     record.srcPath = path;
@@ -178,25 +181,25 @@ void BM_UpdateUploadNonius(benchmark::State& state) {
 }
 
 void BM_UpdateUploadNoniusUnuploadBlocks(benchmark::State& state) {
-  RelayFiles files(state.range(0));
+  RelayFiles files(state.range(0), RelayFiles::Upload);
   files.Run(state, [&](const base::String& path) {
     files.relay().UpdateUploadNoniusUnuploadBlocks(path, u"[\"1\",\"4-9\",\"12-\"]", 1);
   });
 }
 
 void BM_UpdateDownloadNoniusRange(benchmark::State& state) {
-  RelayFiles files(state.range(0));
+  RelayFiles files(state.range(0), RelayFiles::Download);
   files.Run(state, [&](const base::String& path) {
     files.relay().UpdateDownloadNoniusRange(path, 8388608, 1, 1790000000);
   });
 }
 
 BENCHMARK(BM_UpdateUploadNonius)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSizes[3]}})
-    ->MinTime(0.5)->UseManualTime()->Unit(benchmark::kMicrosecond);
+    ->MinTime(0.3)->UseManualTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_UpdateUploadNoniusUnuploadBlocks)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSizes[3]}})
-    ->MinTime(0.5)->UseManualTime()->Unit(benchmark::kMicrosecond);
+    ->MinTime(0.3)->UseManualTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_UpdateDownloadNoniusRange)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSizes[3]}})
-    ->MinTime(0.5)->UseManualTime()->Unit(benchmark::kMicrosecond);
+    ->MinTime(0.3)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
 // A list of range(0) blocks as it looks half way through a resumed upload: single blocks
 // and short ranges with gaps between them.
