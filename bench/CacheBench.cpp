@@ -230,7 +230,7 @@ void CacheDeleteSubtree(benchmark::State& state) {
 }
 
 // Iterations for the calls that read or rewrite a large part of the table.
-int64_t HeavyIterations(int64_t rows) { return rows >= 1000000 ? 3 : rows >= 100000 ? 7 : 21; }
+int64_t HeavyIterations(int64_t rows) { return rows >= 1000000 ? 5 : rows >= 100000 ? 9 : 21; }
 
 // Size by size, so that one size's database is built once and dropped before the next.
 bool RegisterCacheBenchmarks() {
