@@ -1,7 +1,7 @@
 # docmgr: set-up, build, demo and tests on Debian 12.
 #   make demo   install what is missing, build, run the tool's demo on a sample sync root
 #   make test   install what is missing, build, run every test
-#   make bench  build and run the benchmarks (Release)
+#   make bench  build and run the benchmarks (Release): ratios to raw SQLite, then the scan ratios
 #   make fuzz   build the libFuzzer targets (clang) and run each for SECONDS (default 60)
 #   make crash-test KILLS=N        a writer killed N times (default 200); no corruption, no lost write
 #   make tsan-test STRESS_SECONDS=N the tests and an 8-thread stress run (default 60 s) under ThreadSanitizer
@@ -71,6 +71,7 @@ bench: deps
 	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DDOCMGR_BUILD_BENCH=ON -DDOCMGR_BUILD_TESTS=OFF
 	cmake --build build-bench -j $(JOBS)
 	cd build-bench && ./bin/docmgr-bench
+	cd build-bench && ./bin/docmgr-scan-ratio ./bin/docmgr-cli ./bin/docmgr-scan-baseline 10000 100000
 
 sanitize-test:
 	$(MAKE) test BUILD=build-asan CMAKE_FLAGS="-DDOCMGR_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug $(CMAKE_FLAGS)"

@@ -1,15 +1,14 @@
-// The document cache at 1k, 10k and 100k rows: Update and GetInfoByPath against raw SQLite
-// running the same statements on a copy of the same database, Rename of a folder that holds
-// a tenth of the rows, and Search of a three-letter key for 50 hits.
+// The document cache at 1k, 10k, 100k and 1M rows, every operation paired with the raw
+// replay of the statements it ran (see BenchSupport.h): Update, Update of a thousand rows in
+// one batch, GetInfoByPath, Search with and without hits, subtree Rename and Delete, and the
+// unsynchronised-state queries.
 //
 // The rows: ten top folders, each with (rows / 1000) sub-folders holding the files, whose
-// names mix Latin and Chinese words (so their initials differ from the names).
+// names mix Latin and Chinese words (so their initials differ from the names). One row in 50
+// is unsynchronised.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <chrono>
-#include <fstream>
-#include <map>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,22 +28,32 @@ const char16_t* const kExtensions[] = {u".docx", u".xlsx", u".pdf", u".txt", u".
 String Folder(int top) { return u"top" + base::ToString(top); }
 String SubFolder(int top, int sub) { return Folder(top) + u"\\sub " + base::ToString(sub); }
 
-// A database of the given size, built once and shared by every benchmark of that size.
-// The benchmarks leave it as they found it (Update rewrites rows with their own values,
-// Rename renames back and forth).
+// The subtree that Delete removes and the benchmark puts back: one sub-folder, 100 files.
+const char16_t kDeletedFolder[] = u"top3\\sub 1";
+const char kDeletedRows[] =
+    "(name = 'sub 1' and parentPath = 'top3') or parentPath = 'top3\\sub 1' or parentPath like 'top3\\sub 1\\%'";
+
+// A database of the given size on two files, ours and the raw side's copy.
 struct Database {
-  explicit Database(int rows) {
+  explicit Database(int rows) : rows(rows) {
     ourFile = dir.path() + "/cache.db";
     rawFile = dir.path() + "/raw.db";
     nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
     cache->Init(base::FromUtf8(ourFile), false);
+    cache->BeginBatch();
+    Fill(*cache);
+    cache->CommitBatch();
+    cache->Close();
+    bench::CopyFile(ourFile, rawFile);
+  }
+
+  void Fill(ncCacheMgr& cache) {
     const int subs = rows / 1000 > 0 ? rows / 1000 : 1;
-    cache->GetDBMgr()->BeginTransaction();
     int id = 0;
     auto add = [&](const String& relPath, ncCacheInfo info) {
       info.id = u"gns://" + base::ToString(++id);
       info.otag = u"9F3A" + base::ToString(id);
-      cache->Update(relPath, info);
+      cache.Update(relPath, info);
       return info;
     };
     ncCacheInfo folder;
@@ -62,193 +71,197 @@ struct Database {
       file.size = 1000 + i;
       const String relPath = SubFolder(top, sub) + u"\\" + name;
       file = add(relPath, file);
-      if (i % (rows / 1000 > 0 ? rows / 1000 : 1) == 0 && samples.size() < 1000) {
+      if (i % subs == 0 && samples.size() < 1000) {
         samples.push_back(relPath);
         infos.push_back(file);
       }
     }
-    cache->GetDBMgr()->CommitTransaction();
-    cache->Close();
-    std::ifstream source(ourFile, std::ios::binary);
-    std::ofstream(rawFile, std::ios::binary) << source.rdbuf();
   }
 
+  const int rows;
   bench::TempDir dir;
   std::string ourFile, rawFile;
   std::vector<String> samples;  // relative paths of rows spread over the table
   std::vector<ncCacheInfo> infos;
 };
 
+// The database of one size; the previous size's files go when the next size is asked for.
 Database& Prepared(int rows) {
-  static std::map<int, std::unique_ptr<Database>> databases;
-  std::unique_ptr<Database>& database = databases[rows];
-  if (!database) database.reset(new Database(rows));
+  static std::unique_ptr<Database> database;
+  if (!database || database->rows != rows) {
+    database.reset();
+    database.reset(new Database(rows));
+  }
   return *database;
 }
 
-nsCOMPtr<ncCacheMgr> OpenCache(const Database& database) {
-  nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
-  cache->Init(base::FromUtf8(database.ourFile), false);
-  return cache;
-}
-
-sqlite3* OpenRawCache(const Database& database) {
-  sqlite3* db = bench::OpenRaw(database.rawFile);
-  bench::ExecRaw(db, "PRAGMA synchronous=NORMAL;");
-  return db;
-}
-
-// The pairs below run our call and the raw statement alternately in the same loop, on two
-// copies of the database, and time each side on its own: load from other processes then
-// falls on both sides alike. BM_X reports our side, BM_X_Raw the raw side of the same kind
-// of run, and both report the ratio of the two sides' median call times within the run
-// ("ours/raw"), which a checkpoint or a busy neighbour process landing on one call does not
-// move.
-enum class Side { Ours, Raw };
-
-template <typename OurCall, typename RawCall>
-void RunInterleaved(benchmark::State& state, Side reported, OurCall ours, RawCall raw) {
-  using Clock = std::chrono::steady_clock;
-  size_t next = 0;
-  bool oursFirst = true;
-  std::vector<double> ourTimes, rawTimes;
-  for (auto _ : state) {
-    Clock::duration ourTime{}, rawTime{};
-    for (int turn = 0; turn < 2; ++turn) {
-      const Clock::time_point start = Clock::now();
-      if ((turn == 0) == oursFirst) {
-        ours(next);
-        ourTime = Clock::now() - start;
-      } else {
-        raw(next);
-        rawTime = Clock::now() - start;
-      }
+// Our store and the raw connection, both open on their own copy.
+struct Sides {
+  explicit Sides(benchmark::State& state) : database(Prepared(static_cast<int>(state.range(0)))) {
+    cache = NC_NEW(ncCacheMgr);
+    cache->Init(base::FromUtf8(database.ourFile), false);
+    raw = bench::OpenRaw(database.rawFile, "NORMAL");
+  }
+  ~Sides() {
+    sqlite3_close(raw);
+    cache->Close();
+  }
+  // The statements our call ran for each variant, recorded once before the timed loop.
+  std::vector<std::vector<std::string>> Record(size_t variants, const std::function<void(size_t)>& ours) {
+    std::vector<std::vector<std::string>> statements;
+    for (size_t variant = 0; variant < variants; ++variant) {
+      bench::StatementRecorder recorder;
+      ours(variant);
+      statements.push_back(recorder.take());
     }
-    const double ourSeconds = std::chrono::duration<double>(ourTime).count();
-    const double rawSeconds = std::chrono::duration<double>(rawTime).count();
-    ourTimes.push_back(ourSeconds);
-    rawTimes.push_back(rawSeconds);
-    state.SetIterationTime(reported == Side::Ours ? ourSeconds : rawSeconds);
-    oursFirst = !oursFirst;
-    next = (next + 1) % 1000;
+    return statements;
   }
-  auto median = [](std::vector<double>& times) {
-    std::nth_element(times.begin(), times.begin() + times.size() / 2, times.end());
-    return times[times.size() / 2];
-  };
-  if (!rawTimes.empty() && median(rawTimes) > 0) state.counters["ours/raw"] = median(ourTimes) / median(rawTimes);
+  // Runs the pair for calls that leave the table as they found it.
+  void RunRepeatable(benchmark::State& state, size_t variants, const std::function<void(size_t)>& ours) {
+    const auto statements = Record(variants, ours);
+    bench::RunPaired(state, variants, ours, [&](size_t variant) { bench::Replay(raw, statements[variant]); });
+  }
+
+  Database& database;
+  nsCOMPtr<ncCacheMgr> cache;
+  sqlite3* raw = nullptr;
+};
+
+void CacheUpdate(benchmark::State& state) {
+  Sides sides(state);
+  const Database& database = sides.database;
+  sides.RunRepeatable(state, database.samples.size(),
+                      [&](size_t i) { sides.cache->Update(database.samples[i], database.infos[i]); });
 }
 
-void CacheUpdate(benchmark::State& state, Side reported) {
-  Database& database = Prepared(static_cast<int>(state.range(0)));
-  std::vector<std::string> statements;
-  for (size_t i = 0; i < database.samples.size(); ++i) {
-    String name, parentPath;
-    ncCacheMgr::SplitPath(database.samples[i], name, parentPath);
-    statements.push_back(base::ToUtf8(ncCacheMgr::UpdateStatement(name, parentPath, database.infos[i])));
-  }
-  nsCOMPtr<ncCacheMgr> cache = OpenCache(database);
-  sqlite3* db = OpenRawCache(database);
-  const size_t count = database.samples.size();
-  RunInterleaved(
-      state, reported, [&](size_t i) { cache->Update(database.samples[i % count], database.infos[i % count]); },
-      [&](size_t i) {
-        if (sqlite3_exec(db, statements[i % count].c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
-          state.SkipWithError("exec");
-      });
-  sqlite3_close(db);
-  cache->Close();
+// A thousand rows spread over the table, rewritten in one batch; the raw side runs the same
+// statements between the same begin and commit.
+void CacheUpdateBatch(benchmark::State& state) {
+  Sides sides(state);
+  const Database& database = sides.database;
+  sides.RunRepeatable(state, 1, [&](size_t) {
+    sides.cache->BeginBatch();
+    for (size_t i = 0; i < database.samples.size(); ++i) sides.cache->Update(database.samples[i], database.infos[i]);
+    sides.cache->CommitBatch();
+  });
+  state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * database.samples.size()));
 }
 
-void BM_CacheUpdate(benchmark::State& state) { CacheUpdate(state, Side::Ours); }
-void BM_CacheUpdate_Raw(benchmark::State& state) { CacheUpdate(state, Side::Raw); }
-
-// What Update does before SQLite: the statement text and its UTF-8 form.
-void BM_CacheUpdateStatementOnly(benchmark::State& state) {
-  Database& database = Prepared(static_cast<int>(state.range(0)));
-  size_t next = 0;
-  for (auto _ : state) {
-    String name, parentPath;
-    ncCacheMgr::SplitPath(database.samples[next], name, parentPath);
-    benchmark::DoNotOptimize(base::ToUtf8(ncCacheMgr::UpdateStatement(name, parentPath, database.infos[next])));
-    next = (next + 1) % database.samples.size();
-  }
+void CacheGetInfoByPath(benchmark::State& state) {
+  Sides sides(state);
+  const Database& database = sides.database;
+  sides.RunRepeatable(state, database.samples.size(), [&](size_t i) {
+    ncCacheInfo info;
+    benchmark::DoNotOptimize(sides.cache->GetInfoByPath(database.samples[i], info));
+  });
 }
 
-void CacheGetInfoByPath(benchmark::State& state, Side reported) {
-  Database& database = Prepared(static_cast<int>(state.range(0)));
-  std::vector<std::string> statements;
-  for (const String& relPath : database.samples) {
-    String name, parentPath;
-    ncCacheMgr::SplitPath(relPath, name, parentPath);
-    statements.push_back(base::ToUtf8(base::Format(
-        u"select id, otag, type, isDir, state, serverMTime, clientMTime, size, typeName, attr, viewtype, viewname, "
-        u"errcode, execTask, watermark from %s where name='%s' and parentPath='%s' limit 1",
-        u"tb_cacheInfo", name, parentPath)));
-  }
-  nsCOMPtr<ncCacheMgr> cache = OpenCache(database);
-  sqlite3* db = OpenRawCache(database);
-  const size_t count = database.samples.size();
-  RunInterleaved(
-      state, reported,
-      [&](size_t i) {
-        ncCacheInfo info;
-        benchmark::DoNotOptimize(cache->GetInfoByPath(database.samples[i % count], info));
-      },
-      [&](size_t i) {
-        char** result = nullptr;
-        int rows = 0, columns = 0;
-        if (sqlite3_get_table(db, statements[i % count].c_str(), &result, &rows, &columns, nullptr) != SQLITE_OK)
-          state.SkipWithError("get_table");
-        benchmark::DoNotOptimize(rows);
-        sqlite3_free_table(result);
-      });
-  sqlite3_close(db);
-  cache->Close();
-}
-
-void BM_CacheGetInfoByPath(benchmark::State& state) { CacheGetInfoByPath(state, Side::Ours); }
-void BM_CacheGetInfoByPath_Raw(benchmark::State& state) { CacheGetInfoByPath(state, Side::Raw); }
-
-// Renames top3 (a tenth of the rows) and back, so each iteration is one rename.
-void BM_CacheRename(benchmark::State& state) {
-  Database& database = Prepared(static_cast<int>(state.range(0)));
-  nsCOMPtr<ncCacheMgr> cache = OpenCache(database);
-  bool renamed = false;
-  for (auto _ : state) {
-    if (renamed) cache->Rename(u"top3 renamed", u"top3");
-    else cache->Rename(u"top3", u"top3 renamed");
-    renamed = !renamed;
-  }
-  if (renamed) cache->Rename(u"top3 renamed", u"top3");  // after the timed loop
-  cache->Close();
-}
-
-// Keys: "sjw" (initials of 设计文档, common: the first statement fills the 50 hits) and
-// "qzv" (nothing has it: all four statements read the whole table).
-void BM_CacheSearch(benchmark::State& state) {
-  Database& database = Prepared(static_cast<int>(state.range(0)));
-  nsCOMPtr<ncCacheMgr> cache = OpenCache(database);
-  const String key = state.range(1) == 0 ? u"sjw" : u"qzv";
+// "sjw" (initials of 设计文档, common: the first statement fills the 50 hits) and "qzv"
+// (nothing has it: all four statements read the whole table).
+void CacheSearch(benchmark::State& state, const String& key) {
+  Sides sides(state);
   std::vector<ncCacheSearchInfo> hits;
-  for (auto _ : state) {
-    cache->Search(key, u"[", u"]", hits, 50);
-    benchmark::DoNotOptimize(hits.size());
-  }
+  sides.RunRepeatable(state, 1, [&](size_t) { sides.cache->Search(key, u"[", u"]", hits, 50); });
   state.counters["hits"] = static_cast<double>(hits.size());
-  cache->Close();
 }
 
-const std::vector<int64_t> kSizes = {1000, 10000, 100000};
+void CacheUnsyncCountAll(benchmark::State& state) {
+  Sides sides(state);
+  sides.RunRepeatable(state, 1, [&](size_t) { benchmark::DoNotOptimize(sides.cache->Unsync_CountUnexec(u"")); });
+}
 
-// Each side checkpoints its write-ahead log every few thousand updates (a spike of tens of
-// milliseconds): the update pair runs long enough for many checkpoints on both sides.
-BENCHMARK(BM_CacheUpdate)->ArgsProduct({kSizes})->UseManualTime()->MinTime(3)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_CacheUpdate_Raw)->ArgsProduct({kSizes})->UseManualTime()->MinTime(3)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_CacheUpdateStatementOnly)->Arg(1000)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_CacheGetInfoByPath)->ArgsProduct({kSizes})->UseManualTime()->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_CacheGetInfoByPath_Raw)->ArgsProduct({kSizes})->UseManualTime()->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_CacheRename)->ArgsProduct({kSizes})->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_CacheSearch)->ArgsProduct({kSizes, {0, 1}})->Unit(benchmark::kMillisecond);
+void CacheUnsyncCountSubtree(benchmark::State& state) {
+  Sides sides(state);
+  sides.RunRepeatable(state, 1, [&](size_t) { benchmark::DoNotOptimize(sides.cache->Unsync_CountUnexec(u"top3")); });
+}
+
+void CacheUnsyncList(benchmark::State& state) {
+  Sides sides(state);
+  sides.RunRepeatable(state, 1, [&](size_t) {
+    std::vector<ncCacheUnexecInfo> infos;
+    sides.cache->Unsync_GetUnexecInfoVec(u"top3", infos, 0);
+    benchmark::DoNotOptimize(infos.size());
+  });
+}
+
+void CacheUnsyncIsPath(benchmark::State& state) {
+  Sides sides(state);
+  const Database& database = sides.database;
+  sides.RunRepeatable(state, database.samples.size(), [&](size_t i) {
+    benchmark::DoNotOptimize(sides.cache->Unsync_IsPathUnsync(database.samples[i], false));
+  });
+}
+
+// Renames top3 (a tenth of the rows) and back: variant 0 renames, variant 1 renames back.
+void CacheRename(benchmark::State& state) {
+  Sides sides(state);
+  auto ours = [&](size_t variant) {
+    if (variant == 0) sides.cache->Rename(u"top3", u"top3 renamed");
+    else sides.cache->Rename(u"top3 renamed", u"top3");
+  };
+  const auto statements = sides.Record(2, ours);
+  auto raw = [&](size_t variant) { bench::Replay(sides.raw, statements[variant]); };
+  bench::RunPaired(state, 2, ours, raw);
+  if (state.iterations() % 2 == 1) {  // both sides are renamed: back, untimed
+    ours(1);
+    raw(1);
+  }
+}
+
+// Deletes one sub-folder with its 100 files; a side connection on each file puts the rows
+// back, untimed, after every pair.
+void CacheDeleteSubtree(benchmark::State& state) {
+  Sides sides(state);
+  std::vector<sqlite3*> restorers;
+  for (const std::string& file : {sides.database.ourFile, sides.database.rawFile}) {
+    restorers.push_back(bench::OpenRaw(file, "NORMAL"));
+    bench::ExecRaw(restorers.back(),
+                   std::string("create temp table saved as select * from tb_cacheInfo where ") + kDeletedRows);
+  }
+  auto restore = [&] {
+    for (sqlite3* restorer : restorers) bench::ExecRaw(restorer, "insert or replace into tb_cacheInfo select * from saved");
+  };
+  auto ours = [&](size_t) { sides.cache->Delete(kDeletedFolder, false); };
+  const auto statements = sides.Record(1, ours);
+  restore();
+  bench::RunPaired(
+      state, 1, ours, [&](size_t) { bench::Replay(sides.raw, statements[0]); }, restore);
+  for (sqlite3* restorer : restorers) sqlite3_close(restorer);
+}
+
+// Iterations for the calls that read or rewrite a large part of the table.
+int64_t HeavyIterations(int64_t rows) { return rows >= 1000000 ? 5 : rows >= 100000 ? 9 : 21; }
+
+// Size by size, so that one size's database is built once and dropped before the next.
+bool RegisterCacheBenchmarks() {
+  struct Definition {
+    const char* name;
+    std::function<void(benchmark::State&)> run;
+    bool heavy;
+  };
+  const std::vector<Definition> definitions = {
+      {"BM_CacheUpdate", CacheUpdate, false},
+      {"BM_CacheUpdateBatch1000", CacheUpdateBatch, false},
+      {"BM_CacheGetInfoByPath", CacheGetInfoByPath, false},
+      {"BM_CacheSearchHit", [](benchmark::State& state) { CacheSearch(state, u"sjw"); }, false},
+      {"BM_CacheSearchNoHit", [](benchmark::State& state) { CacheSearch(state, u"qzv"); }, true},
+      {"BM_CacheRenameSubtree", CacheRename, true},
+      {"BM_CacheDeleteSubtree", CacheDeleteSubtree, true},
+      {"BM_CacheUnsyncCountAll", CacheUnsyncCountAll, true},
+      {"BM_CacheUnsyncCountSubtree", CacheUnsyncCountSubtree, true},
+      {"BM_CacheUnsyncList", CacheUnsyncList, true},
+      {"BM_CacheUnsyncIsPath", CacheUnsyncIsPath, false},
+  };
+  for (int64_t rows : {1000, 10000, 100000, 1000000})
+    for (const Definition& definition : definitions) {
+      benchmark::internal::Benchmark* benchmark =
+          benchmark::RegisterBenchmark(definition.name, definition.run)->Arg(rows)->UseManualTime();
+      if (definition.heavy) benchmark->Iterations(HeavyIterations(rows))->Unit(benchmark::kMillisecond);
+      else benchmark->MinTime(0.3)->Unit(benchmark::kMicrosecond);
+    }
+  return true;
+}
+
+const bool registered = RegisterCacheBenchmarks();
 
 }  // namespace

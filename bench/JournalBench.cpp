@@ -1,8 +1,10 @@
-// The sync log's insert against raw SQLite running the same statement over the same tables
-// and triggers, the single insert that trims a type at the cap, and the block-list codec on
-// a long list.
-#include <chrono>
+// The sync log's insert and its trim at the cap, and the resume records' updates, at 1k,
+// 10k, 100k and 1M rows, each paired with the raw replay of the statements it ran (see
+// BenchSupport.h); and the block-list codec on a long list.
+#include <algorithm>
 #include <cstdio>
+#include <stdexcept>
+#include <functional>
 #include <set>
 #include <string>
 
@@ -16,135 +18,188 @@ namespace {
 
 const int kCap = 50000;
 const int kTrim = 25000;
+const int kOtherType = 5;  // a type without a counter: never trimmed, it only makes the table larger
+const int64_t kSizes[] = {1000, 10000, 100000, 1000000};
 
-// The store's schema, for the raw baseline.
-const char* const kSchema[] = {
-    "PRAGMA synchronous=OFF;",
-    "create table if not exists tb_synclog ( id INTEGER PRIMARY KEY, logType int, taskType int, relPath text, "
-    "newName text, size int, time int, remark text, visible bool)",
-    "create table if not exists tb_logstat ( logType int PRIMARY KEY, logCount int)",
-    "insert or ignore into tb_logstat values ('0', 0)",
-    "insert or ignore into tb_logstat values ('1', 0)",
-    "insert or ignore into tb_logstat values ('2', 0)",
-    "insert or ignore into tb_logstat values ('3', 0)",
-    "create trigger if not exists trg_cleanlog after insert on tb_synclog when (select logCount from tb_logstat "
-    "where logType = new.logType) >= 50000 begin delete from tb_synclog where id in (select id from tb_synclog "
-    "where logType = new.logType limit 25000); end",
-    "create trigger if not exists trg_insertlog after insert on tb_synclog begin update tb_logstat set logCount = "
-    "logCount + 1 where logType = new.logType; end",
-    "create trigger if not exists trg_deletelog after delete on tb_synclog begin update tb_logstat set logCount = "
-    "logCount - 1 where logType = old.logType; end",
-};
-
-// Adds count entries of type 0 in one statement (the triggers fire for each).
-void Fill(sqlite3* db, int count) {
+// Adds count entries of a type in one statement (the triggers fire for each).
+void Fill(sqlite3* db, int logType, int64_t count) {
   if (count <= 0) return;
   bench::ExecRaw(db, "with recursive n(i) as (select 1 union all select i + 1 from n where i < " +
-                         std::to_string(count) +
-                         ") insert into tb_synclog select NULL, 0, 1, 'Projects\\Reports\\file ' || i || '.docx', "
-                         "'', 4096, i, '', 1 from n");
+                         std::to_string(count) + ") insert into tb_synclog select NULL, " + std::to_string(logType) +
+                         ", 1, 'Projects\\Reports\\file ' || i || '.docx', '', 4096, i, '', 1 from n");
 }
 
-int64_t Counter(sqlite3* db) {
-  sqlite3_stmt* statement = nullptr;
-  int64_t value = -1;
-  if (sqlite3_prepare_v2(db, "select logCount from tb_logstat where logType = 0", -1, &statement, nullptr) ==
-          SQLITE_OK &&
-      sqlite3_step(statement) == SQLITE_ROW)
-    value = sqlite3_column_int64(statement, 0);
-  sqlite3_finalize(statement);
-  return value;
-}
+int64_t TypeCount(sqlite3* db) { return bench::QueryNumber(db, "select logCount from tb_logstat where logType = 0"); }
 
-ncSyncLogInfo Entry(int64_t time) {
-  ncSyncLogInfo info;
-  info.taskType = 1;
-  info.relPath = u"Projects\\Reports\\summary 2026.xlsx";
-  info.size = 4096;
-  info.time = time;
-  return info;
-}
-
-// The statement the store runs, composed the way a hand-written caller would.
-std::string RawInsert(int64_t time) {
-  char sql[512];
-  std::snprintf(sql, sizeof sql,
-                "insert into tb_synclog values(NULL,'%d', '%d', '%s', '%s', '%lld', '%lld', '%s',1)", 0, 1,
-                "Projects\\Reports\\summary 2026.xlsx", "", 4096LL, static_cast<long long>(time), "");
-  return sql;
-}
-
-// A log.db written either by the store or by a raw connection with the same schema. Both
-// get a second connection that fills and checks the file, so that the measured connection
-// finds the same (cold) page cache either way.
-class LogFile {
+// A log.db of ours and its raw copy, each with a side connection that fills and checks it.
+class LogFiles {
  public:
-  explicit LogFile(bool raw) : path_(dir_.path() + "/log.db") {
-    if (raw) {
-      writer_ = bench::OpenRaw(path_);
-      for (const char* sql : kSchema) bench::ExecRaw(writer_, sql);
-    } else {
-      log_ = NC_NEW(ncLogMgr);
-      log_->Init(base::FromUtf8(path_));
-    }
-    side_ = bench::OpenRaw(path_);
-    bench::ExecRaw(side_, "PRAGMA synchronous=OFF;");
+  LogFiles(int64_t otherRows, int64_t typeRows) {
+    const std::string ourFile = dir_.path() + "/log.db", rawFile = dir_.path() + "/raw.db";
+    log_ = NC_NEW(ncLogMgr);
+    log_->Init(base::FromUtf8(ourFile));
+    log_->Close();
+    sqlite3* filler = bench::OpenRaw(ourFile, "OFF");
+    Fill(filler, kOtherType, otherRows);
+    Fill(filler, 0, typeRows);
+    sqlite3_close(filler);
+    bench::CopyFile(ourFile, rawFile);
+    log_ = NC_NEW(ncLogMgr);
+    log_->Init(base::FromUtf8(ourFile));
+    raw_ = bench::OpenRaw(rawFile, "OFF");
+    sides_[0] = bench::OpenRaw(ourFile, "OFF");
+    sides_[1] = bench::OpenRaw(rawFile, "OFF");
   }
-  ~LogFile() {
-    if (log_) log_->Close();
-    sqlite3_close(writer_);
-    sqlite3_close(side_);
+  ~LogFiles() {
+    log_->Close();
+    for (sqlite3* db : {raw_, sides_[0], sides_[1]}) sqlite3_close(db);
   }
-  void Insert(int64_t time) {
-    if (log_) log_->RecordSyncLog(0, Entry(time));
-    else bench::ExecRaw(writer_, RawInsert(time));
-  }
-  sqlite3* side() const { return side_; }
+  ncLogMgr& log() { return *log_; }
+  sqlite3* raw() { return raw_; }
+  // The side connections of our file and of the raw copy.
+  sqlite3* side(int which) { return sides_[which]; }
 
  private:
   bench::TempDir dir_;
-  std::string path_;
-  sqlite3* writer_ = nullptr;
-  sqlite3* side_ = nullptr;
   nsCOMPtr<ncLogMgr> log_;
+  sqlite3* raw_ = nullptr;
+  sqlite3* sides_[2] = {nullptr, nullptr};
 };
 
-// Inserts into a log that already holds range(0) entries of the type, staying below the cap.
-void RecordSyncLog(benchmark::State& state, bool raw) {
-  LogFile file(raw);
-  Fill(file.side(), static_cast<int>(state.range(0)));
-  int64_t time = 0;
-  for (auto _ : state) file.Insert(++time);
-  if (Counter(file.side()) >= kCap) state.SkipWithError("the type reached the cap during the run");
-  state.SetItemsProcessed(state.iterations());
+ncSyncLogInfo Entry() {
+  ncSyncLogInfo info;
+  info.taskType = 1;
+  info.relPath = u"Projects\\Reports\\O'Brien summary 2026.xlsx";
+  info.size = 4096;
+  info.time = 1790000000;
+  return info;
 }
 
-void BM_RecordSyncLog(benchmark::State& state) { RecordSyncLog(state, false); }
-void BM_RecordSyncLog_Raw(benchmark::State& state) { RecordSyncLog(state, true); }
-BENCHMARK(BM_RecordSyncLog)->Arg(1000)->Arg(10000)->Arg(39000)->Iterations(10000)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_RecordSyncLog_Raw)->Arg(1000)->Arg(10000)->Arg(39000)->Iterations(10000)->Unit(benchmark::kMicrosecond);
+std::vector<std::string> Recorded(const std::function<void()>& call) {
+  bench::StatementRecorder recorder;
+  call();
+  return recorder.take();
+}
 
-// The one insert that brings the type to the cap and trims its oldest 25,000 entries.
-void RecordSyncLogTrim(benchmark::State& state, bool raw) {
-  LogFile file(raw);
-  int64_t time = 0;
-  for (auto _ : state) {
-    Fill(file.side(), kCap - 1 - static_cast<int>(Counter(file.side())));
-    const auto start = std::chrono::steady_clock::now();
-    file.Insert(++time);
-    const auto stop = std::chrono::steady_clock::now();
-    state.SetIterationTime(std::chrono::duration<double>(stop - start).count());
-    if (Counter(file.side()) != kCap - kTrim) {
-      state.SkipWithError("the insert did not trim");
-      break;
+// One insert into a log of range(0) rows, of which the inserted type holds at most 40,000,
+// so that the run stays below the cap.
+void BM_RecordSyncLog(benchmark::State& state) {
+  const int64_t typeRows = std::min<int64_t>(state.range(0), 40000);
+  LogFiles files(state.range(0) - typeRows, typeRows);
+  const ncSyncLogInfo entry = Entry();
+  auto ours = [&](size_t) { files.log().RecordSyncLog(0, entry); };
+  const auto statements = Recorded([&] { ours(0); });
+  bench::RunPaired(state, 1, ours, [&](size_t) { bench::Replay(files.raw(), statements); });
+  if (TypeCount(files.side(0)) >= kCap) state.SkipWithError("the type reached the cap during the run");
+}
+
+// The one insert that brings a type to the cap and trims its oldest 25,000 entries, in a log
+// that holds range(0) rows of another type besides. The type is filled back, untimed.
+void BM_RecordSyncLogTrim(benchmark::State& state) {
+  LogFiles files(state.range(0), kCap - 1);
+  const ncSyncLogInfo entry = Entry();
+  auto refill = [&] {
+    for (int which = 0; which < 2; ++which) {
+      if (TypeCount(files.side(which)) != kCap - kTrim) throw std::runtime_error("the insert did not trim");
+      Fill(files.side(which), 0, kCap - 1 - TypeCount(files.side(which)));
     }
-  }
+  };
+  auto ours = [&](size_t) { files.log().RecordSyncLog(0, entry); };
+  const auto statements = Recorded([&] { ours(0); });
+  bench::ExecRaw(files.side(1), "insert into tb_synclog select NULL, 0, 1, 'x', '', 0, 0, '', 1");  // the same trim
+  refill();
+  bench::RunPaired(state, 1, ours, [&](size_t) { bench::Replay(files.raw(), statements); }, refill);
 }
 
-void BM_RecordSyncLogTrim(benchmark::State& state) { RecordSyncLogTrim(state, false); }
-void BM_RecordSyncLogTrim_Raw(benchmark::State& state) { RecordSyncLogTrim(state, true); }
-BENCHMARK(BM_RecordSyncLogTrim)->Iterations(10)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_RecordSyncLogTrim_Raw)->Iterations(10)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RecordSyncLog)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSizes[3]}})
+    ->Iterations(5000)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_RecordSyncLogTrim)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSizes[3]}})
+    ->Iterations(9)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// nonius.db with range(0) records in the table the benchmark updates, ours and a raw copy.
+class RelayFiles {
+ public:
+  enum Table { Upload, Download };
+  RelayFiles(int64_t rows, Table table) {
+    const std::string ourFile = dir_.path() + "/nonius.db", rawFile = dir_.path() + "/raw.db";
+    relay_ = NC_NEW(ncRelayMgr);
+    relay_->Init(base::FromUtf8(ourFile));
+    relay_->Close();
+    sqlite3* filler = bench::OpenRaw(ourFile, "NORMAL");
+    const std::string numbers =
+        "with recursive n(i) as (select 0 union all select i + 1 from n where i < " + std::to_string(rows - 1) + ") ";
+    if (table == Upload)
+      bench::ExecRaw(filler, numbers + "insert into tb_upload_nonius (srcPath, destPath, docId, size, unUploadBlocks, "
+                                     "status) select " + kSource + ", 'gns://A1/' || i, 'gns://A1/' || i, i, '[\"1-\"]', "
+                                     "i % 3 from n");
+    else
+      bench::ExecRaw(filler, numbers + "insert into tb_download_nonius (srcPath, destPath, docId, size, range, status) "
+                                     "select " + kSource + ", 'gns://B1/' || i, 'gns://B1/' || i, i, 0, i % 3 from n");
+    sqlite3_close(filler);
+    bench::CopyFile(ourFile, rawFile);
+    relay_ = NC_NEW(ncRelayMgr);
+    relay_->Init(base::FromUtf8(ourFile));
+    raw_ = bench::OpenRaw(rawFile, "NORMAL");
+    for (int64_t i = 0; i < rows && samples_.size() < 1000; i += rows / 1000 > 0 ? rows / 1000 : 1)
+      samples_.push_back(u"/home/kim/Sync/folder " + base::ToString(i % 100) + u"/file " + base::ToString(i) + u".docx");
+  }
+  ~RelayFiles() {
+    relay_->Close();
+    sqlite3_close(raw_);
+  }
+
+  // Runs the pair for an update of the record of each sample path.
+  void Run(benchmark::State& state, const std::function<void(const base::String&)>& update) {
+    auto ours = [&](size_t i) { update(samples_[i]); };
+    std::vector<std::vector<std::string>> statements;
+    for (size_t i = 0; i < samples_.size(); ++i) statements.push_back(Recorded([&] { ours(i); }));
+    bench::RunPaired(state, samples_.size(), ours, [&](size_t i) { bench::Replay(raw_, statements[i]); });
+  }
+  ncRelayMgr& relay() { return *relay_; }
+
+ private:
+  static constexpr const char* kSource = "'/home/kim/Sync/folder ' || (i % 100) || '/file ' || i || '.docx'";
+  bench::TempDir dir_;
+  nsCOMPtr<ncRelayMgr> relay_;
+  sqlite3* raw_ = nullptr;
+  std::vector<base::String> samples_;
+};
+
+void BM_UpdateUploadNonius(benchmark::State& state) {
+  RelayFiles files(state.range(0), RelayFiles::Upload);
+  files.Run(state, [&](const base::String& path) {
+    ncUploadNonius record;
+    record.srcPath = path;
+    record.destPath = u"gns://A1/" + path.substr(path.rfind(u' ') + 1);
+    record.md5 = u"9e107d9d372bb6826bd81d3542a419d6";
+    record.unUploadBlocks = u"[\"3-\"]";
+    record.partSize = 4194304;
+    record.size = 41943040;
+    record.ratios = 0.2;
+    files.relay().UpdateUploadNonius(record);
+  });
+}
+
+void BM_UpdateUploadNoniusUnuploadBlocks(benchmark::State& state) {
+  RelayFiles files(state.range(0), RelayFiles::Upload);
+  files.Run(state, [&](const base::String& path) {
+    files.relay().UpdateUploadNoniusUnuploadBlocks(path, u"[\"1\",\"4-9\",\"12-\"]", 1);
+  });
+}
+
+void BM_UpdateDownloadNoniusRange(benchmark::State& state) {
+  RelayFiles files(state.range(0), RelayFiles::Download);
+  files.Run(state, [&](const base::String& path) {
+    files.relay().UpdateDownloadNoniusRange(path, 8388608, 1, 1790000000);
+  });
+}
+
+BENCHMARK(BM_UpdateUploadNonius)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSizes[3]}})
+    ->MinTime(0.3)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_UpdateUploadNoniusUnuploadBlocks)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSizes[3]}})
+    ->MinTime(0.3)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_UpdateDownloadNoniusRange)->ArgsProduct({{kSizes[0], kSizes[1], kSizes[2], kSizes[3]}})
+    ->MinTime(0.3)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
 // A list of range(0) blocks as it looks half way through a resumed upload: single blocks
 // and short ranges with gaps between them.

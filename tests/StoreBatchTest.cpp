@@ -1,0 +1,254 @@
+// The batch interface of the cache and of the sync log on real files: a batch is one
+// transaction, a failed batch (a refused statement or a refused commit) leaves nothing
+// behind, other threads wait for it, and a host reaches it by QueryInterface.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <string>
+#include <thread>
+
+#include "TestSupport.h"
+#include "docmgr/ncCacheMgr.h"
+#include "docmgr/ncDBMgr.h"
+#include "docmgr/ncLogMgr.h"
+#include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncICacheMgr.h"
+#include "docmgr/ncIDocMgr.h"
+#include "docmgr/ncILogMgr.h"
+#include "docmgr/ncIStoreBatch.h"
+#include "docmgr/nsHostLoader.h"
+
+extern "C" nsresult NSGetModule(nsIComponentManager*, nsIFile*, nsIModule**);
+
+namespace {
+
+using base::String;
+
+// A second connection to the same file: what other connections see, and the way in for
+// fixtures that the stores would refuse.
+nsCOMPtr<ncDBMgr> SecondConnection(const std::string& file) {
+  nsCOMPtr<ncDBMgr> db(NC_NEW(ncDBMgr));
+  db->Open(base::FromUtf8(file));
+  return db;
+}
+
+int64_t Number(const std::string& file, const std::string& sql) {
+  return std::stoll(test::Query(SecondConnection(file).get(), sql).at(0).at(0));
+}
+
+ncCacheInfo File(int n) {
+  ncCacheInfo info;
+  info.id = u"gns://BATCH/" + base::ToString(n);
+  info.size = n;
+  return info;
+}
+
+String FilePath(int n) { return u"batch\\file " + base::ToString(n) + u".txt"; }
+
+class CacheBatchTest : public ::testing::Test {
+ protected:
+  void SetUp() override { Open(); }
+  void TearDown() override { cache_->Close(); }
+  void Open() {
+    cache_ = NC_NEW(ncCacheMgr);
+    cache_->Init(base::FromUtf8(file_), false);
+    batch_ = do_QueryInterface<ncIStoreBatch>(static_cast<ncICacheMgr*>(cache_.get()));
+    ASSERT_TRUE(batch_);
+  }
+  // Plants, behind the store, a trigger that refuses the name "poison" and one that leaves a
+  // dangling reference for "orphan" names, checked only at commit (a deferred foreign key).
+  void PlantFaults() {
+    cache_->Close();
+    nsCOMPtr<ncDBMgr> planter = SecondConnection(file_);
+    planter->ExecuteSql(u"create table tb_owner (id text primary key)");
+    planter->ExecuteSql(u"create table tb_claim (owner text references tb_owner(id) deferrable initially deferred)");
+    planter->ExecuteSql(u"create trigger trg_poison before insert on tb_cacheInfo when new.name = 'poison' begin "
+                        u"select raise(abort, 'refused'); end");
+    planter->ExecuteSql(u"create trigger trg_orphan after insert on tb_cacheInfo when new.name like 'orphan%' begin "
+                        u"insert into tb_claim values ('nobody'); end");
+    planter->Close();
+    Open();
+    cache_->GetDBMgr()->ExecuteSql(u"PRAGMA foreign_keys=ON;");
+  }
+  int64_t CommittedRows() { return Number(file_, "select count(*) from tb_cacheInfo"); }
+
+  test::TempDir dir_;
+  std::string file_ = dir_.path() + "/cache.db";
+  nsCOMPtr<ncCacheMgr> cache_;
+  nsCOMPtr<ncIStoreBatch> batch_;
+};
+
+TEST_F(CacheBatchTest, ThousandsOfUpdatesBecomeVisibleTogetherAtCommit) {
+  const int count = 5000;
+  batch_->BeginBatch();
+  for (int n = 0; n < count; ++n) cache_->Update(FilePath(n), File(n));
+  ncCacheInfo read;
+  EXPECT_TRUE(cache_->GetInfoByPath(FilePath(count - 1), read));  // the batch reads its own writes
+  EXPECT_EQ(0, CommittedRows());
+  batch_->CommitBatch();
+  EXPECT_EQ(count, CommittedRows());
+
+  // Closed and opened again, every row is there.
+  cache_->Close();
+  Open();
+  EXPECT_TRUE(cache_->GetInfoByPath(FilePath(0), read));
+  EXPECT_EQ(u"gns://BATCH/0", read.id);
+}
+
+TEST_F(CacheBatchTest, ARollbackAfterAFailedStatementDropsTheWholeBatch) {
+  cache_->Update(u"kept.txt", File(-1));
+  PlantFaults();
+  batch_->BeginBatch();
+  for (int n = 0; n < 1000; ++n) cache_->Update(FilePath(n), File(n));
+  cache_->UpdateState(u"kept.txt", 4);
+  EXPECT_THROW_CODE(cache_->Update(u"poison", File(1000)), 1);
+  EXPECT_THROW_CODE(cache_->Update(u"", File(1001)), 2);
+  batch_->RollbackBatch();
+
+  EXPECT_EQ(1, CommittedRows());
+  ncCacheInfo read;
+  ASSERT_TRUE(cache_->GetInfoByPath(u"kept.txt", read));
+  EXPECT_EQ(0, read.state);
+  EXPECT_FALSE(cache_->GetInfoByPath(FilePath(0), read));
+}
+
+TEST_F(CacheBatchTest, ARefusedCommitRollsBackWholeAndReleasesTheConnection) {
+  PlantFaults();
+  batch_->BeginBatch();
+  for (int n = 0; n < 1000; ++n) cache_->Update(FilePath(n), File(n));
+  cache_->Update(u"orphan.txt", File(1000));
+  EXPECT_THROW_CODE(batch_->CommitBatch(), 1);
+  EXPECT_EQ(0, CommittedRows());
+  ncCacheInfo read;
+  EXPECT_FALSE(cache_->GetInfoByPath(FilePath(0), read));
+
+  // No transaction is left open on this thread: a plain write is durable at once.
+  cache_->Update(u"after.txt", File(2000));
+  EXPECT_EQ(1, CommittedRows());
+
+  // And the connection's lock is free for another thread's batch.
+  nsCOMPtr<ncCacheMgr> cache = cache_;
+  nsCOMPtr<ncIStoreBatch> batch = batch_;
+  std::packaged_task<void()> otherBatch([cache, batch] {
+    batch->BeginBatch();
+    cache->Update(u"other thread.txt", File(3000));
+    batch->CommitBatch();
+  });
+  std::future<void> done = otherBatch.get_future();
+  std::thread other(std::move(otherBatch));
+  if (done.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
+    other.detach();  // it waits for a lock this thread still holds
+    FAIL() << "another thread could not begin a batch after a refused commit";
+  }
+  other.join();
+  done.get();
+  EXPECT_EQ(2, CommittedRows());
+}
+
+TEST_F(CacheBatchTest, ABatchDoesNotNestAndTheOuterOneSurvivesTheRefusal) {
+  batch_->BeginBatch();
+  cache_->Update(FilePath(1), File(1));
+  EXPECT_THROW_CODE(batch_->BeginBatch(), 1);
+  cache_->Update(FilePath(2), File(2));
+  batch_->CommitBatch();
+  EXPECT_EQ(2, CommittedRows());
+}
+
+// A plain statement of another thread must not slip into the open batch (where the batch's
+// rollback would take it along): it waits until the batch ends, then commits on its own.
+TEST_F(CacheBatchTest, AnotherThreadsStatementWaitsForTheBatchAndOutlivesItsRollback) {
+  batch_->BeginBatch();
+  cache_->Update(FilePath(1), File(1));
+  std::atomic<bool> started{false}, finished{false};
+  nsCOMPtr<ncCacheMgr> cache = cache_;
+  std::thread other([&, cache] {
+    started = true;
+    cache->Update(u"other thread.txt", File(2));
+    finished = true;
+  });
+  while (!started) std::this_thread::yield();
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  EXPECT_FALSE(finished) << "the other thread's write went through while the batch was open";
+  batch_->RollbackBatch();
+  other.join();
+
+  ncCacheInfo read;
+  EXPECT_FALSE(cache_->GetInfoByPath(FilePath(1), read));
+  EXPECT_TRUE(cache_->GetInfoByPath(u"other thread.txt", read));
+  EXPECT_EQ(1, CommittedRows());
+}
+
+TEST(LogBatchTest, EntriesAndTheirCounterCommitTogetherOrNotAtAll) {
+  test::TempDir dir;
+  const std::string file = dir.path() + "/log.db";
+  nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
+  log->Init(base::FromUtf8(file));
+  nsCOMPtr<ncIStoreBatch> batch = do_QueryInterface<ncIStoreBatch>(static_cast<ncILogMgr*>(log.get()));
+  ASSERT_TRUE(batch);
+  ncSyncLogInfo entry;
+  entry.relPath = u"O'Brien\\report.docx";
+
+  batch->BeginBatch();
+  for (int n = 0; n < 3000; ++n) log->RecordSyncLog(1, entry);
+  batch->RollbackBatch();
+  EXPECT_EQ(0, Number(file, "select count(*) from tb_synclog"));
+  EXPECT_EQ(0, Number(file, "select logCount from tb_logstat where logType = 1"));
+
+  batch->BeginBatch();
+  for (int n = 0; n < 3000; ++n) log->RecordSyncLog(1, entry);
+  EXPECT_EQ(0, Number(file, "select count(*) from tb_synclog"));
+  batch->CommitBatch();
+  EXPECT_EQ(3000, Number(file, "select count(*) from tb_synclog"));
+  EXPECT_EQ(3000, Number(file, "select logCount from tb_logstat where logType = 1"));
+  log->Close();
+}
+
+// A host sees only the frozen interfaces; the batch is reached from the cache and the log it
+// was handed, whether the module is linked in or loaded from its file.
+void ExpectBatchReachableThrough(nsHostLoader& host) {
+  test::TempDir dir;
+  nsCOMPtr<ncIDocMgr> docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
+  ASSERT_TRUE(docMgr);
+  docMgr->Init(dir.wpath(), dir.wpath(), {}, false, u"tester");
+  {
+    nsCOMPtr<ncICacheMgr> cache = nsCOMPtr<ncICacheMgr>::adopt(docMgr->GetCacheMgr(u""));
+    nsCOMPtr<ncIStoreBatch> batch = do_QueryInterface<ncIStoreBatch>(cache.get());
+    ASSERT_TRUE(batch);
+    // Both interfaces are one object: the identity answers agree, and the way back works.
+    EXPECT_EQ(do_QueryInterface<nsISupports>(cache.get()).get(), do_QueryInterface<nsISupports>(batch.get()).get());
+    EXPECT_EQ(cache.get(), do_QueryInterface<ncICacheMgr>(batch.get()).get());
+
+    batch->BeginBatch();
+    cache->Update(u"dropped.txt", File(1));
+    batch->RollbackBatch();
+    batch->BeginBatch();
+    cache->Update(u"kept.txt", File(2));
+    batch->CommitBatch();
+    ncCacheInfo read;
+    EXPECT_FALSE(cache->GetInfoByPath(u"dropped.txt", read));
+    EXPECT_TRUE(cache->GetInfoByPath(u"kept.txt", read));
+
+    nsCOMPtr<ncILogMgr> log = nsCOMPtr<ncILogMgr>::adopt(docMgr->GetLogMgr());
+    nsCOMPtr<ncIStoreBatch> logBatch = do_QueryInterface<ncIStoreBatch>(log.get());
+    ASSERT_TRUE(logBatch);
+    EXPECT_NE(batch.get(), logBatch.get());
+    EXPECT_EQ(log.get(), do_QueryInterface<ncILogMgr>(logBatch.get()).get());
+  }
+  docMgr->Close();
+}
+
+TEST(StoreBatchQueryTest, ReachedFromTheManagersOfTheLinkedModule) {
+  nsHostLoader host;
+  ASSERT_EQ(NS_OK, host.addModule(NSGetModule, "in-process"));
+  ExpectBatchReachableThrough(host);
+}
+
+TEST(StoreBatchQueryTest, ReachedFromTheManagersOfTheModuleFile) {
+  nsHostLoader host;
+  ASSERT_EQ(NS_OK, host.loadModule(DOCMGR_MODULE_PATH)) << host.lastError();
+  ExpectBatchReachableThrough(host);
+}
+
+}  // namespace
