@@ -14,9 +14,6 @@
 
 namespace {
 
-const int kCurrentVersion = 24;
-const int kOldestVersion = 4;
-
 struct Versions {
   int schema = 0;  // 0: none recorded
   int view = 0;
@@ -93,10 +90,10 @@ Request ParseArguments(const std::vector<std::string>& args) {
 
 // Refuses a root the upgrade cannot start from before the module touches anything.
 void CheckVersionInRange(const std::string& root, int schema) {
-  if (!schema || (schema >= kOldestVersion && schema <= kCurrentVersion)) return;
+  if (!schema || (schema >= NC_SCHEMA_VERSION_OLDEST && schema <= NC_SCHEMA_VERSION_CURRENT)) return;
   char why[160];
   std::snprintf(why, sizeof why, Tr("is at schema version %d; only versions %d to %d can be upgraded"), schema,
-                kOldestVersion, kCurrentVersion);
+                NC_SCHEMA_VERSION_OLDEST, NC_SCHEMA_VERSION_CURRENT);
   throw CliError(Printable(root) + " " + why);
 }
 

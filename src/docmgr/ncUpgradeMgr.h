@@ -16,9 +16,6 @@
 class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
   NC_DECL_ISUPPORTS
  public:
-  static const int32_t kCurrentVersion = 24;
-  static const int32_t kOldestVersion = 4;
-
   ncUpgradeMgr();
 
   void Init(const String& primaryPath, const String& secondaryPath, const std::vector<String>& localSyncPaths,
@@ -36,7 +33,7 @@ class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
 
  private:
   void run() override;
-  // Reads the stored version, or records primaryVersion (24 for a new primary) when none is stored.
+  // Reads the stored version, or records primaryVersion (the current version for a new primary) when none is stored.
   int32_t ReadOrRecordVersion(ncConfigDBInfo& config, int32_t primaryVersion);
   void CheckVersion(ncConfigDBInfo& config, int32_t version);
   static void MoveJournal(const String& fromDir, const String& toDir, const char16_t* name);
