@@ -42,7 +42,6 @@ class ncPathMgr : public ncIPathMgr {
 
   // Creates the data directory, hidden, unless it exists; true when it existed.
   bool CreateDBPath();
-  bool IsLocalSync() const { return isLocalSync_; }
   bool IsDriveRoot() const { return isDriveRoot_; }
   const String& GetUserName() const { return userName_; }
 

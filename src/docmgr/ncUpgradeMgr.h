@@ -1,6 +1,9 @@
-// The upgrade manager: reads the schema and view versions of every root from config.db,
-// decides what must run, and runs the chain of version steps on a worker thread while the
-// client polls the summary.
+// The upgrade manager. Init reads the schema version of the primary, the secondary and each
+// local sync root from its config.db (a root with none records the primary's, and a
+// secondary that had none takes the journals log.db and msg.db over from the primary's data
+// directory) and counts the steps to run. DoUpgrade then runs on a worker thread one chain
+// of version steps per root, secondary first, then the local sync roots, the primary last,
+// and ends with the primary's view step; the client polls the summary meanwhile.
 #pragma once
 
 #include <memory>
