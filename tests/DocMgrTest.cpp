@@ -2,6 +2,8 @@
 // top folders, the local sync roots, the managers it hands out per root and the journals.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "TestSupport.h"
 #include "base/ncModulePool.h"
 #include "docmgr/ncConfigDBInfo.h"
@@ -133,8 +135,10 @@ TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrderAndStampedWithTheVersion) {
 struct ModuleRoots {
   ModuleRoots() {
     test::MakeDir(dir.path() + "/main");
-    EXPECT_EQ(NS_OK, host.addModule(NSGetModule, "in-process"));
+    // A constructor cannot stop the test with ASSERT; the exception fails it instead.
+    if (host.addModule(NSGetModule, "in-process") != NS_OK) throw std::runtime_error("the module did not register");
     docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
+    if (!docMgr) throw std::runtime_error("the module did not create the document manager");
     docMgr->Init(main, main, {}, true, u"tester");
     docMgr->AddLocalSync(local);
   }
