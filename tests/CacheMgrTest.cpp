@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "TestSupport.h"
-#include "dataapi/ncGNSUtil.h"
 #include "docmgr/ncCacheMgr.h"
 #include "docmgr/ncModuleAllocator.h"
 
@@ -100,14 +99,6 @@ TEST_F(CacheMgrTest, UpdateSplitsThePathDerivesTheParentIdAndStoresEveryColumn) 
   EXPECT_EQ(u"it's 文档", byId.name);
   EXPECT_FALSE(cache_->GetInfoByDocId(u"gns://none", byId));
   EXPECT_THROW_CODE_MESSAGE(cache_->GetInfoByDocId(u"local-1", byId), 2, u"Gns (local-1) is INVALID.");
-
-  // The levels of a document id, from which the parent id comes.
-  EXPECT_TRUE(ncGNSUtil::HasGNSPrefix(u"gns://A"));
-  EXPECT_FALSE(ncGNSUtil::HasGNSPrefix(u"gns:/A"));
-  EXPECT_EQ(u"gns://A/B", ncGNSUtil::GetParentPath(u"gns://A/B/C"));
-  EXPECT_EQ(u"", ncGNSUtil::GetParentPath(u"gns://A"));
-  EXPECT_EQ(u"C", ncGNSUtil::GetNodeName(u"gns://A/B/C/"));
-  EXPECT_EQ(u"", ncGNSUtil::GetNodeName(u"C:\\x"));
 }
 
 TEST_F(CacheMgrTest, RenameMovesTheWholeSubtreeAndNothingBeside) {

@@ -2,6 +2,8 @@
 // top folders, the local sync roots, the managers it hands out per root and the journals.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "TestSupport.h"
 #include "base/ncModulePool.h"
 #include "docmgr/ncConfigDBInfo.h"
@@ -128,82 +130,116 @@ TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrderAndStampedWithTheVersion) {
   EXPECT_EQ(24, config.GetVersionNum());
 }
 
-// Through the module: every sync root has its own cache, file, relay and path managers, the
-// tag manager is shared, unknown and removed roots get none, and nothing stays alive at the end.
-TEST(DocMgrRootsTest, EachRootHasItsOwnManagersAndAllAreReleased) {
+// Through the module, as a host holds it: a main root in view mode and one local sync root.
+struct ModuleRoots {
+  ModuleRoots() {
+    test::MakeDir(dir.path() + "/main");
+    // A constructor cannot stop the test with ASSERT; the exception fails it instead.
+    if (host.addModule(NSGetModule, "in-process") != NS_OK) throw std::runtime_error("the module did not register");
+    docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
+    if (!docMgr) throw std::runtime_error("the module did not create the document manager");
+    docMgr->Init(main, main, {}, true, u"tester");
+    docMgr->AddLocalSync(local);
+  }
+
   test::TempDir dir;
-  test::MakeDir(dir.path() + "/main");
   const String main = dir.child("main"), local = dir.child("local"), elsewhere = dir.child("elsewhere");
+  nsHostLoader host;
+  nsCOMPtr<ncIDocMgr> docMgr;
+};
+
+// Every sync root has its own cache, file, relay and path managers over its own stores; the
+// tag manager is shared, and an unknown root gets none.
+TEST(DocMgrRootsTest, EachRootHasItsOwnManagersAndStoresAndTheTagManagerIsShared) {
+  ModuleRoots roots;
+  ncIDocMgr* docMgr = roots.docMgr.get();
+  const String& local = roots.local;
+  nsCOMPtr<ncICacheMgr> mainCache = Adopt(docMgr->GetCacheMgr(u"")), localCache = Adopt(docMgr->GetCacheMgr(local));
+  nsCOMPtr<ncIFileMgr> mainFiles = Adopt(docMgr->GetFileMgr(u"")), localFiles = Adopt(docMgr->GetFileMgr(local));
+  nsCOMPtr<ncIRelayMgr> mainRelay = Adopt(docMgr->GetRelayMgr(u"")), localRelay = Adopt(docMgr->GetRelayMgr(local));
+  ASSERT_TRUE(mainCache && localCache && mainFiles && localFiles && mainRelay && localRelay);
+  EXPECT_TRUE(mainCache != localCache && mainFiles != localFiles && mainRelay != localRelay);
+  EXPECT_TRUE(Adopt(docMgr->GetPathMgr(local)));
+  const String& elsewhere = roots.elsewhere;
+  EXPECT_FALSE(docMgr->GetCacheMgr(elsewhere) || docMgr->GetFileMgr(elsewhere) || docMgr->GetRelayMgr(elsewhere) ||
+               docMgr->GetPathMgr(elsewhere));
+  EXPECT_TRUE(test::Exists(roots.dir.path() + "/local/.kestrove.cache/cache.db"));
+  EXPECT_TRUE(test::Exists(roots.dir.path() + "/local/.kestrove.cache/nonius.db"));
+  nsCOMPtr<ncIADSMgr> tags = Adopt(docMgr->GetADSMgr()), again = Adopt(docMgr->GetADSMgr());
+  ASSERT_TRUE(tags);
+  EXPECT_EQ(tags.get(), again.get());
+
+  ncCacheInfo info;
+  info.id = u"gns://A";
+  mainCache->Update(u"View\\doc", info);   // the main root is in view mode
+  localCache->Update(u"View\\doc", info);  // a local sync root never is
+  EXPECT_TRUE(mainCache->GetInfoByPath(u"Other\\doc", info));
+  EXPECT_FALSE(localCache->GetInfoByPath(u"Other\\doc", info));
+
+  test::WriteFile(roots.dir.path() + "/main/a.txt", "a");
+  test::WriteFile(roots.dir.path() + "/local/b.txt", "b");
+  EXPECT_EQ(roots.dir.child("main/Unsynchronized Documents/a.txt"),
+            mainFiles->CreateDupDoc(roots.dir.child("main/a.txt"), u"gns://A"));
+  EXPECT_EQ(roots.dir.child("local/Unsynchronized Documents/b.txt"),
+            localFiles->CreateDupDoc(roots.dir.child("local/b.txt"), u"gns://B"));
+
+  ncDownloadNonius record, found;
+  record.srcPath = local + u"/a.txt";
+  localRelay->UpdateDownloadNonius(record);
+  EXPECT_FALSE(mainRelay->GetDownloadNoniusByPath(record.srcPath, found));
+  EXPECT_TRUE(localRelay->GetDownloadNoniusByPath(record.srcPath, found));
+  docMgr->Close();
+}
+
+TEST(DocMgrRootsTest, RemovingARootClosesItsStoresAndThePathManagerTheCallerHoldsStillWorks) {
+  ModuleRoots roots;
+  ncIDocMgr* docMgr = roots.docMgr.get();
+  const String& local = roots.local;
+  nsCOMPtr<ncIRelayMgr> localRelay = Adopt(docMgr->GetRelayMgr(local));
+  nsCOMPtr<ncIPathMgr> localPaths = Adopt(docMgr->GetPathMgr(local));
+  ASSERT_TRUE(localRelay && localPaths);
+  docMgr->RemoveLocalSync(local);
+  EXPECT_FALSE(docMgr->GetCacheMgr(local) || docMgr->GetFileMgr(local) || docMgr->GetRelayMgr(local) ||
+               docMgr->GetPathMgr(local));
+  ncDownloadNonius found;
+  EXPECT_THROW_CODE(localRelay->GetDownloadNoniusByPath(local + u"/a.txt", found), 1);
+  EXPECT_EQ(u"local\\x", localPaths->GetRelativePath(roots.dir.child("local/x")));
+
+  nsCOMPtr<ncIRelayMgr> mainRelay = Adopt(docMgr->GetRelayMgr(u""));
+  docMgr->Close();
+  EXPECT_THROW_CODE(mainRelay->HasUploadNoniusWithPath(u"/x"), 1);
+}
+
+// Closing and releasing everything, a database wrapper made for the caller included, leaves
+// no object of the module alive.
+TEST(DocMgrRootsTest, NothingStaysAliveOnceEverythingIsClosedAndReleased) {
   base::ncModulePool* pool = base::ncModulePool::getInstance();
   const size_t before = pool->liveObjects();
   {
-    nsHostLoader host;
-    ASSERT_EQ(NS_OK, host.addModule(NSGetModule, "in-process"));
-    nsCOMPtr<ncIDocMgr> docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
-    docMgr->Init(main, main, {}, true, u"tester");
-    docMgr->AddLocalSync(local);
-    nsCOMPtr<ncICacheMgr> mainCache = Adopt(docMgr->GetCacheMgr(u"")), localCache = Adopt(docMgr->GetCacheMgr(local));
-    nsCOMPtr<ncIFileMgr> mainFiles = Adopt(docMgr->GetFileMgr(u"")), localFiles = Adopt(docMgr->GetFileMgr(local));
-    nsCOMPtr<ncIRelayMgr> mainRelay = Adopt(docMgr->GetRelayMgr(u"")), localRelay = Adopt(docMgr->GetRelayMgr(local));
-    nsCOMPtr<ncIPathMgr> localPaths = Adopt(docMgr->GetPathMgr(local));
-    ASSERT_TRUE(mainCache && localCache && mainFiles && localFiles && mainRelay && localRelay && localPaths);
-    EXPECT_TRUE(mainCache != localCache && mainFiles != localFiles && mainRelay != localRelay);
-    EXPECT_FALSE(docMgr->GetCacheMgr(elsewhere) || docMgr->GetFileMgr(elsewhere) || docMgr->GetRelayMgr(elsewhere) ||
-                 docMgr->GetPathMgr(elsewhere));
-    EXPECT_TRUE(test::Exists(dir.path() + "/local/.kestrove.cache/cache.db"));
-    EXPECT_TRUE(test::Exists(dir.path() + "/local/.kestrove.cache/nonius.db"));
-    nsCOMPtr<ncIADSMgr> tags = Adopt(docMgr->GetADSMgr()), again = Adopt(docMgr->GetADSMgr());
-    ASSERT_TRUE(tags);
-    EXPECT_EQ(tags.get(), again.get());
-
-    ncCacheInfo info;
-    info.id = u"gns://A";
-    mainCache->Update(u"View\\doc", info);   // the main root is in view mode
-    localCache->Update(u"View\\doc", info);  // a local sync root never is
-    EXPECT_TRUE(mainCache->GetInfoByPath(u"Other\\doc", info));
-    EXPECT_FALSE(localCache->GetInfoByPath(u"Other\\doc", info));
-
-    test::WriteFile(dir.path() + "/main/a.txt", "a");
-    test::WriteFile(dir.path() + "/local/b.txt", "b");
-    EXPECT_EQ(dir.child("main/Unsynchronized Documents/a.txt"),
-              mainFiles->CreateDupDoc(dir.child("main/a.txt"), u"gns://A"));
-    EXPECT_EQ(dir.child("local/Unsynchronized Documents/b.txt"),
-              localFiles->CreateDupDoc(dir.child("local/b.txt"), u"gns://B"));
-
-    ncDownloadNonius record, found;
-    record.srcPath = local + u"/a.txt";
-    localRelay->UpdateDownloadNonius(record);
-    EXPECT_FALSE(mainRelay->GetDownloadNoniusByPath(record.srcPath, found));
-    EXPECT_TRUE(localRelay->GetDownloadNoniusByPath(record.srcPath, found));
-
-    // Removing the root closes its stores; the path manager the caller holds still works.
-    docMgr->RemoveLocalSync(local);
-    EXPECT_FALSE(docMgr->GetCacheMgr(local) || docMgr->GetFileMgr(local) || docMgr->GetRelayMgr(local) ||
-                 docMgr->GetPathMgr(local));
-    EXPECT_THROW_CODE(localRelay->GetDownloadNoniusByPath(record.srcPath, found), 1);
-    EXPECT_EQ(u"local\\x", localPaths->GetRelativePath(dir.child("local/x")));
-
+    ModuleRoots roots;
+    ncIDocMgr* docMgr = roots.docMgr.get();
+    nsCOMPtr<ncICacheMgr> localCache = Adopt(docMgr->GetCacheMgr(roots.local));
+    nsCOMPtr<ncIPathMgr> localPaths = Adopt(docMgr->GetPathMgr(roots.local));
+    nsCOMPtr<ncIFileMgr> files = Adopt(docMgr->GetFileMgr(u""));
     EXPECT_GT(pool->liveObjects(), before);
     EXPECT_GT(pool->liveObjects("ncPathMgr"), 0u);
     const size_t storeWrappers = pool->liveObjects("ncDBMgr");  // one per open store
     ncIDBMgr* scratch = docMgr->CreateDBMgr();
     EXPECT_EQ(storeWrappers + 1, pool->liveObjects("ncDBMgr"));
-    scratch->Open(dir.child("scratch.db"));
+    scratch->Open(roots.dir.child("scratch.db"));
     scratch->ExecuteSql(u"create table t (x int)");
     EXPECT_TRUE(scratch->IsTableExists(u"t"));
+    docMgr->RemoveLocalSync(roots.local);
     docMgr->Close();
-    EXPECT_THROW_CODE(mainRelay->HasUploadNoniusWithPath(u"/x"), 1);
   }
   EXPECT_EQ(before, pool->liveObjects()) << "live: " << pool->liveObjects();
 }
 
-// The reports: what waits in each root's cache and what was set aside, main root first, and
-// the unsynchronised log newest first.
-TEST_F(DocMgrTest, ReportsListWhatHasNotReachedTheServerInEveryRoot) {
+// What waits in each root's cache and what was set aside, main root first.
+TEST_F(DocMgrTest, UnsyncDocReportListsWaitingItemsThenSetAsideFilesRootByRoot) {
   std::vector<ncUnsyncDocInfo> docs;
   docMgr->GetUnsyncDoc(docs);  // nothing open yet
   EXPECT_TRUE(docs.empty());
-  EXPECT_EQ(0u, docMgr->GetUnsyncLogNum());
 
   for (const char* folder : {"/root", "/root/a", "/work/local"}) test::MakeDir(dir.path() + folder);
   docMgr->Init(dir.child("root"), dir.child("root"), {}, false, u"alice");
@@ -244,7 +280,12 @@ TEST_F(DocMgrTest, ReportsListWhatHasNotReachedTheServerInEveryRoot) {
   EXPECT_EQ(local, docs[2].root);
   EXPECT_EQ(u"local\\folder", docs[2].relPath);
   EXPECT_TRUE(docs[2].isDir);
+}
 
+// The unsynchronised log: its own type only, paged from the newest entry.
+TEST_F(DocMgrTest, UnsyncLogCountsItsOwnTypeAndPagesNewestFirst) {
+  EXPECT_EQ(0u, docMgr->GetUnsyncLogNum());  // nothing open yet
+  docMgr->Init(dir.wpath(), dir.wpath(), {}, false, u"alice");
   nsCOMPtr<ncILogMgr> log = Adopt(docMgr->GetLogMgr());
   for (int i = 1; i <= 3; ++i) {
     ncSyncLogInfo entry;

@@ -1,6 +1,6 @@
-// Resume records of uploads and downloads in a real nonius.db; the list of blocks an
+// Resume records of uploads and downloads in a real nonius.db, and the list of blocks an
 // interrupted upload still owes (expanding, counting, closing the open range, removing blocks
-// one by one); and the journal stores' refusal of an invalid path.
+// one by one).
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,9 +10,7 @@
 
 #include "TestSupport.h"
 #include "dataapi/ncJson.h"
-#include "docmgr/ncLogMgr.h"
 #include "docmgr/ncModuleAllocator.h"
-#include "docmgr/ncMsgMgr.h"
 #include "docmgr/ncRelayMgr.h"
 
 namespace {
@@ -333,18 +331,6 @@ TEST_F(BlockListTest, MalformedListsRaiseTheReadersErrors) {
   String truncated = u"[\"1-4\",\"7";
   EXPECT_THROW_CODE(relay->DeleteFormUnupload(truncated, 7), JSON::ParseError);
   EXPECT_THROW_CODE(relay->ParseUnuploadBlocks(u"", 10, blocks), JSON::ParseError);
-}
-
-TEST(JournalInitTest, EveryStoreRefusesAnInvalidPath) {
-  nsCOMPtr<ncRelayMgr> relay(NC_NEW(ncRelayMgr));
-  nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
-  nsCOMPtr<ncMsgMgr> msg(NC_NEW(ncMsgMgr));
-  EXPECT_THROW_CODE_MESSAGE(relay->Init(u""), 2, u"Path () is INVALID.");
-  EXPECT_THROW_CODE_MESSAGE(log->Init(u""), 2, u"Path () is INVALID.");
-  EXPECT_THROW_CODE_MESSAGE(msg->Init(u""), 2, u"Path () is INVALID.");
-  relay->Close();  // nothing was opened
-  log->Close();
-  msg->Close();
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
-// config.db with the version numbers it keeps, and the upgrade manager's decisions: what a
-// fresh installation records, the range check, the move of the journals to the second root,
-// and the outcome of a run.
+// The upgrade manager's decisions: what a fresh installation records, the range check, the
+// move of the journals to the second root, and the outcome of a run.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
@@ -12,41 +11,10 @@
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncUpgradeMgr.h"
-#include "platform/ncPlatform.h"
 
 using base::String;
 
 namespace {
-
-TEST(ConfigDBInfoTest, FirstInitCreatesTheHiddenDataDirectoryAndVersionsAreKeptInOneRowAndCached) {
-  test::TempDir dir;
-  ncConfigDBInfo config;
-  EXPECT_FALSE(config.Init(dir.wpath(), false));
-  const String data = dir.child(".kestrove.cache");
-  EXPECT_EQ(data, config.GetDBPath());
-  EXPECT_TRUE(platform::GetFileAttributes(data) & platform::kAttrHidden);
-  EXPECT_TRUE(test::Exists(dir.path() + "/.kestrove.cache/config.db"));
-  EXPECT_THROW_CODE_MESSAGE(config.GetVersionNum(), 1, u"Failed to get versionId from tb_version.");
-  EXPECT_THROW_CODE_MESSAGE(config.GetViewVer(), 1, u"Failed to get versionId from tb_viewver.");
-
-  EXPECT_EQ(23, config.UpdateVersionNum(23));
-  EXPECT_EQ(23, config.UpdateVersionNum(23));
-  EXPECT_EQ((test::Rows{{"1"}}), test::Query(config.GetDBMgr(), "select count(*) from tb_version"));
-  config.GetDBMgr()->ExecuteSql(u"update tb_version set versionId = 5");
-  EXPECT_EQ(23, config.GetVersionNum());  // cached: no query
-
-  EXPECT_EQ(0, config.UpdateVersionNum(0));
-  config.GetDBMgr()->ExecuteSql(u"update tb_version set versionId = 9");
-  EXPECT_EQ(9, config.GetVersionNum());  // 0 is never cached: read again
-
-  EXPECT_EQ(2, config.UpdateViewVer(2));
-  config.Close();
-  ncConfigDBInfo reopened;
-  EXPECT_TRUE(reopened.Init(dir.wpath(), false));
-  EXPECT_EQ(9, reopened.GetVersionNum());
-  EXPECT_EQ(2, reopened.GetViewVer());
-  EXPECT_THROW_CODE(reopened.Init(u"", false), 2);
-}
 
 void StampVersion(const String& root, int version, int viewVersion) {
   ncConfigDBInfo config;

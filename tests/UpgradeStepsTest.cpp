@@ -12,6 +12,7 @@
 #include "FileTestSupport.h"
 #include "TestSupport.h"
 #include "UpgradeTestSupport.h"
+#include "dataapi/ncJson.h"
 #include "docmgr/ncCacheMgr.h"
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocUtils.h"
@@ -414,6 +415,27 @@ TEST(UpgradeStepsTest, CliShowsTheVersionsItChangedAndRefusesWhatItCannotDo) {
   const test::CliRun tooNew = test::Cli("upgrade " + root);
   EXPECT_EQ(1, tooNew.status);
   EXPECT_NE(std::string::npos, tooNew.output.find("schema version 25; only versions 4 to 24")) << tooNew.output;
+}
+
+TEST(UpgradeStepsTest, CliUnderJsonReportsOneObjectAlsoWhenTheCommandLineIsWrong) {
+  test::TempDir dir;
+  MakeOldRoot(dir, 12);
+  const std::string root = dir.path() + "/main";
+  const test::CliRun run = test::Cli("--json upgrade " + root + " --view 2");
+  ASSERT_EQ(0, run.status) << run.output;
+  const JSON::Value report = JSON::Value::parse(run.output);
+  EXPECT_EQ(root, report.as_object().at("root").as_string());
+  EXPECT_TRUE(report.as_object().at("ok").as_boolean());
+  EXPECT_EQ(12, report.as_object().at("schema")[0].as_integer());
+  EXPECT_EQ(24, report.as_object().at("schema")[1].as_integer());
+  EXPECT_EQ(2, report.as_object().at("view")[1].as_integer());
+
+  const test::CliRun usage = test::Cli("--json upgrade " + root + " --view 3");
+  EXPECT_EQ(2, usage.status);
+  const JSON::Value failure = JSON::Value::parse(usage.output);
+  EXPECT_EQ(2, failure.as_object().at("exitCode").as_integer());
+  EXPECT_NE(std::string::npos, failure.as_object().at("error").as_string().find("upgrade ROOT [--view 1|2]"))
+      << usage.output;
 }
 
 }  // namespace

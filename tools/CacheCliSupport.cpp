@@ -9,7 +9,7 @@
 #include "Display.h"
 #include "Translation.h"
 
-const char kDataDirectoryName[] = ".kestrove.cache";
+const char kDataDirectoryName[] = NC_DATA_DIRECTORY_NAME;
 
 namespace {
 

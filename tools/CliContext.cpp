@@ -11,6 +11,7 @@
 
 #include "Translation.h"
 #include "base/Path.h"
+#include "docmgr/ncIPathMgr.h"
 
 namespace {
 
@@ -37,7 +38,7 @@ ncIDocMgr* CliContext::openRoot(const std::string& root) {
   const std::string path = AbsolutePath(root);
   if (docMgr_ && openedRoot_ == path) return docMgr_.get();
   closeRoot();
-  if (lockWatch_) lockWatch_->watch(path + "/.kestrove.cache");
+  if (lockWatch_) lockWatch_->watch(path + "/" NC_DATA_DIRECTORY_NAME);
   docMgr_ = host_.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
   if (!docMgr_) throw std::runtime_error("the module did not create the document manager");
   docMgr_->Init(Wide(path), Wide(path), std::vector<ncTopFolderInfo>(), false, u"docmgr-cli");

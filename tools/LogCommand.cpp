@@ -10,9 +10,6 @@
 
 namespace {
 
-// The log types that carry a counter; without --type each of them is shown.
-const int kCountedLogTypes = 4;
-
 bool ReadNumber(const std::string& text, long minimum, long& value) {
   char* end = nullptr;
   value = std::strtol(text.c_str(), &end, 10);
@@ -107,7 +104,8 @@ int Log(CliContext& context, const std::vector<std::string>& args) {
     if (pages.back().total > 0 && pages.back().entries.empty())
       throw CliError(Tr("log: the page is past the end:") + (" " + Counted(pages.back().total, "entry", "entries")));
   } else {
-    for (int type = 0; type < kCountedLogTypes; ++type) pages.push_back(ReadPage(log.get(), type, page, size));
+    // Without --type every counted type is shown.
+    for (int type = 0; type < NC_SYNCLOG_COUNTED_TYPES; ++type) pages.push_back(ReadPage(log.get(), type, page, size));
   }
   if (context.json) {
     PrintJson(pages, page, size);

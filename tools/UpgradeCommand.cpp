@@ -1,30 +1,31 @@
-// upgrade ROOT [--view N]: run the upgrade manager on a sync root, as the client does before
-// it opens the stores, and show what it changed.
+// upgrade ROOT [--view 1|2] [--type-name N=NAME]...: run the upgrade manager on a sync root,
+// as the client does before it opens the stores, and show what it changed.
 #include <sqlite3.h>
-#include <sys/stat.h>
 
 #include <chrono>
-#include <stdexcept>
+#include <cstdio>
 #include <thread>
 
+#include "CacheCliSupport.h"
 #include "CliCommand.h"
 #include "ProgressBar.h"
+#include "Translation.h"
 #include "docmgr/Exception.h"
 #include "docmgr/ncIUpgradeMgr.h"
 
 namespace {
-
-const int kCurrentVersion = 24;
 
 struct Versions {
   int schema = 0;  // 0: none recorded
   int view = 0;
 };
 
-bool IsDirectory(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
+// What the command line asks for.
+struct Request {
+  std::string root;
+  int layout = 0;  // 0: keep the current layout
+  ncUpgradeData data;
+};
 
 int ReadVersion(sqlite3* db, const char* table) {
   const std::string sql = std::string("select versionId from ") + table + " limit 1";
@@ -70,20 +71,31 @@ bool ParseTypeName(const std::string& text, ncUpgradeData& data) {
   return true;
 }
 
-bool ParseArguments(const std::vector<std::string>& args, std::string& root, int& layout, ncUpgradeData& data) {
+Request ParseArguments(const std::vector<std::string>& args) {
+  Request request;
   std::vector<std::string> positional;
   for (size_t i = 0; i < args.size(); ++i) {
     if (args[i] == "--view") {
-      if (i + 1 >= args.size() || !ParseLayout(args[++i], layout)) return false;
+      if (i + 1 >= args.size() || !ParseLayout(args[++i], request.layout)) UsageError("upgrade", Tr("--view takes 1 or 2"));
     } else if (args[i] == "--type-name") {
-      if (i + 1 >= args.size() || !ParseTypeName(args[++i], data)) return false;
+      if (i + 1 >= args.size() || !ParseTypeName(args[++i], request.data))
+        UsageError("upgrade", Tr("--type-name takes a type number and a name: N=NAME"));
     } else {
       positional.push_back(args[i]);
     }
   }
-  if (positional.size() != 1) return false;
-  root = positional[0];
-  return true;
+  if (positional.size() != 1) UsageError("upgrade");
+  request.root = positional[0];
+  return request;
+}
+
+// Refuses a root the upgrade cannot start from before the module touches anything.
+void CheckVersionInRange(const std::string& root, int schema) {
+  if (!schema || (schema >= NC_SCHEMA_VERSION_OLDEST && schema <= NC_SCHEMA_VERSION_CURRENT)) return;
+  char why[160];
+  std::snprintf(why, sizeof why, Tr("is at schema version %d; only versions %d to %d can be upgraded"), schema,
+                NC_SCHEMA_VERSION_OLDEST, NC_SCHEMA_VERSION_CURRENT);
+  throw CliError(Printable(root) + " " + why);
 }
 
 void WaitWithProgress(ncIUpgradeMgr* upgrade, ncUpgradeSummary& summary, bool quiet) {
@@ -98,54 +110,13 @@ void WaitWithProgress(ncIUpgradeMgr* upgrade, ncUpgradeSummary& summary, bool qu
   if (summary.state == 2) bar.finish();
 }
 
-void Report(const CliContext& context, const std::string& root, const Versions& before, const Versions& after,
-            const ncUpgradeSummary& summary) {
-  if (context.json) {
-    std::printf(
-        "{\"root\": %s, \"ok\": %s, \"steps\": %g, \"done\": %g, \"schema\": [%d, %d], \"view\": [%d, %d], "
-        "\"message\": %s}\n",
-        JsonText(root).c_str(), summary.state == 2 ? "true" : "false", summary.total, summary.done, before.schema,
-        after.schema, before.view, after.view, JsonText(Narrow(summary.message)).c_str());
-    return;
-  }
-  std::printf("schema version  %s -> %s\n", VersionText(before.schema).c_str(), VersionText(after.schema).c_str());
-  std::printf("view layout     %s -> %s\n", VersionText(before.view).c_str(), VersionText(after.view).c_str());
-  std::printf("steps           %g of %g done\n", summary.done, summary.total);
-  if (summary.state != 2)
-    std::fprintf(stderr, "docmgr-cli: upgrade of %s failed: %s%s\n", root.c_str(), Narrow(summary.message).c_str(),
-                 before.schema < 7 ? " (type names are given with --type-name N=NAME)" : "");
-  else if (before.schema == after.schema && before.view == after.view)
-    std::printf("Nothing to change: %s is at the current version.\n", root.c_str());
-}
-
-int Upgrade(CliContext& context, const std::vector<std::string>& args) {
-  std::string root;
-  int layout = 0;  // 0: keep the current layout
-  ncUpgradeData data;
-  if (!ParseArguments(args, root, layout, data)) {
-    std::fprintf(stderr, "usage: docmgr-cli upgrade ROOT [--view 1|2] [--type-name N=NAME]...\n");
-    return 2;
-  }
-  root = AbsolutePath(root);
-  const std::string dataDir = root + "/.kestrove.cache";
-  if (!IsDirectory(dataDir)) {
-    std::fprintf(stderr, "docmgr-cli: %s has no local state (no %s); nothing to upgrade.\n", root.c_str(),
-                 dataDir.c_str());
-    return 1;
-  }
-  const Versions before = ReadVersions(dataDir);
-  if (before.schema && (before.schema < 4 || before.schema > kCurrentVersion)) {
-    std::fprintf(stderr, "docmgr-cli: %s is at schema version %d; only versions 4 to %d can be upgraded.\n",
-                 root.c_str(), before.schema, kCurrentVersion);
-    return 1;
-  }
-  if (!layout) layout = before.view ? before.view : 1;
-
+// Runs what the manager finds to do; the summary tells how it ended.
+ncUpgradeSummary RunUpgrade(CliContext& context, const Request& request, int layout) {
   nsCOMPtr<ncIUpgradeMgr> upgrade = context.host().create<ncIUpgradeMgr>(NC_UPGRADEMGR_CONTRACTID);
-  if (!upgrade) throw std::runtime_error("the module did not create the upgrade manager");
-  const base::String path = Wide(root);
+  if (!upgrade) throw CliError(Tr("the module did not create the upgrade manager"));
+  const base::String path = Wide(request.root);
   upgrade->Init(path, path, {}, layout);
-  upgrade->SetData(data);
+  upgrade->SetData(request.data);
   ncUpgradeSummary summary;
   upgrade->GetSummary(summary);
   if (upgrade->NeedUpgrade()) {
@@ -155,8 +126,49 @@ int Upgrade(CliContext& context, const std::vector<std::string>& args) {
     summary.state = 2;
   }
   upgrade->Close();
-  Report(context, root, before, ReadVersions(dataDir), summary);
-  return summary.state == 2 ? 0 : 1;
+  return summary;
+}
+
+void PrintJson(const std::string& root, const Versions& before, const Versions& after, const ncUpgradeSummary& summary) {
+  JsonWriter json;
+  json.beginObject().member("root", root).member("ok", summary.state == 2);
+  json.member("steps", summary.total).member("done", summary.done);
+  json.key("schema").beginArray().value(before.schema).value(after.schema).endArray();
+  json.key("view").beginArray().value(before.view).value(after.view).endArray();
+  json.member("message", Narrow(summary.message)).endObject().print();
+}
+
+void PrintTable(const Versions& before, const Versions& after, const ncUpgradeSummary& summary) {
+  std::printf("schema version  %s -> %s\n", VersionText(before.schema).c_str(), VersionText(after.schema).c_str());
+  std::printf("view layout     %s -> %s\n", VersionText(before.view).c_str(), VersionText(after.view).c_str());
+  std::printf("steps           %g of %g done\n", summary.done, summary.total);
+  if (summary.state == 2 && before.schema == after.schema && before.view == after.view)
+    std::printf("%s\n", Tr("Nothing to change: the root is at the current version."));
+}
+
+void ThrowFailure(const std::string& root, const Versions& before, const ncUpgradeSummary& summary) {
+  std::string text = Tr("upgrade failed:") + (" " + Printable(root) + ": " + Printable(Narrow(summary.message)));
+  if (before.schema < 7) text += std::string(" (") + Tr("type names are given with --type-name N=NAME") + ")";
+  throw CliError(text);
+}
+
+int Upgrade(CliContext& context, const std::vector<std::string>& args) {
+  Request request = ParseArguments(args);
+  request.root = CheckSyncRoot(request.root, true);
+  const std::string dataDir = request.root + "/" + kDataDirectoryName;
+  const Versions before = ReadVersions(dataDir);
+  CheckVersionInRange(request.root, before.schema);
+  const int layout = request.layout ? request.layout : before.view ? before.view : 1;
+  const ncUpgradeSummary summary = RunUpgrade(context, request, layout);
+  const Versions after = ReadVersions(dataDir);
+  // A failed run under --json is still the report (with ok false), so scripts read one shape.
+  if (context.json) {
+    PrintJson(request.root, before, after, summary);
+    return summary.state == 2 ? kExitOk : kExitFailure;
+  }
+  PrintTable(before, after, summary);
+  if (summary.state != 2) ThrowFailure(request.root, before, summary);
+  return kExitOk;
 }
 
 CLI_COMMAND("upgrade", "ROOT [--view 1|2] [--type-name N=NAME]...",

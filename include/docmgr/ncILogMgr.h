@@ -1,5 +1,6 @@
-// The sync log: a journal of file events in log.db, split by log type. Types 0 to 3 are
-// capped inside the database: when a type reaches 50,000 entries, its oldest 25,000 go.
+// The sync log: a journal of file events in log.db, split by log type. The counted types
+// (0 to NC_SYNCLOG_COUNTED_TYPES - 1) are capped inside the database: when a type reaches
+// 50,000 entries, its oldest 25,000 go.
 //
 // Ownership: owned by the document manager (one for the main root); the pointer from
 // ncIDocMgr::GetLogMgr carries a reference the caller releases.
@@ -12,6 +13,9 @@
 
 #include "docmgr/String.h"
 #include "docmgr/nsISupports.h"
+
+// Log types 0 to NC_SYNCLOG_COUNTED_TYPES - 1 have a counter row, and so the cap.
+const int NC_SYNCLOG_COUNTED_TYPES = 4;
 
 // One entry of the log. The log type is not part of the entry; every call names it.
 struct ncSyncLogInfo {

@@ -10,6 +10,11 @@
 #include "docmgr/String.h"
 #include "docmgr/nsISupports.h"
 
+// The name of a sync root's hidden data directory, which holds its databases. A plain
+// literal, so that it serves as UTF-8 ("/" NC_DATA_DIRECTORY_NAME) and as UTF-16
+// (u"" NC_DATA_DIRECTORY_NAME) alike.
+#define NC_DATA_DIRECTORY_NAME ".kestrove.cache"
+
 class ncIPathMgr : public nsISupports {
  public:
   NS_DECLARE_STATIC_IID_ACCESSOR({0x05761C84, 0x5BBD, 0x47EA, {0x93, 0xCB, 0x00, 0xCA, 0x5E, 0xF1, 0x2F, 0xE1}})
@@ -17,7 +22,7 @@ class ncIPathMgr : public nsISupports {
   virtual base::String GetRootPath() = 0;
   virtual void SetUserName(const base::String& name) = 0;
   virtual bool IsInRootPath(const base::String& path, bool includeSelf) = 0;
-  // The root joined with ".kestrove.cache".
+  // The root joined with NC_DATA_DIRECTORY_NAME.
   virtual base::String GetDBPath() = 0;
   virtual bool IsInDBPath(const base::String& path, bool includeSelf) = 0;
   virtual base::String GetUnsyncDocPath() = 0;

@@ -7,11 +7,17 @@
 // runs; Close only once the summary says the run has ended.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <vector>
 
 #include "docmgr/String.h"
 #include "docmgr/nsISupports.h"
+
+// The schema version new databases are created at, and the oldest one an upgrade can start
+// from; a root recorded outside this range is refused.
+const int32_t NC_SCHEMA_VERSION_CURRENT = 24;
+const int32_t NC_SCHEMA_VERSION_OLDEST = 4;
 
 struct ncUpgradeSummary {
   int state = 0;       // 0 not started, 1 running, 2 finished, 3 failed

@@ -44,20 +44,4 @@ void LibManager::initLibs(AppSettings* settings, AppContext* context, LibManager
   }
 }
 
-void LibManager::closeLibs() {
-  std::lock_guard<std::recursive_mutex> guard(lock_);
-  for (auto entry = libraries_.rbegin(); entry != libraries_.rend(); ++entry) {
-    if (!entry->initialised) continue;
-    entry->library->onCloseLibrary();
-    entry->initialised = false;
-  }
-}
-
-bool LibManager::isInitialised(ISharedLibrary* library) const {
-  std::lock_guard<std::recursive_mutex> guard(lock_);
-  for (const Entry& entry : libraries_)
-    if (entry.library == library) return entry.initialised;
-  return false;
-}
-
 }  // namespace base

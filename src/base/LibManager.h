@@ -24,8 +24,6 @@ class LibManager {
   void unregisterLib(ISharedLibrary* library);
   // Initialises every registered library not yet initialised.
   void initLibs(AppSettings* settings, AppContext* context, LibManagerListener* listener);
-  void closeLibs();
-  bool isInitialised(ISharedLibrary* library) const;
 
  private:
   struct Entry {

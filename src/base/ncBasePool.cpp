@@ -80,9 +80,4 @@ size_t ncBasePool::liveObjects() const {
   return owners_.size();
 }
 
-std::map<std::string, size_t> ncBasePool::liveObjectsByClass() const {
-  std::lock_guard<std::mutex> guard(lock_);
-  return counts_;
-}
-
 }  // namespace base

@@ -29,8 +29,6 @@ class ncBasePool {
 
   size_t liveObjects(const std::string& className) const;
   size_t liveObjects() const;
-  // Class name -> live objects, for diagnostics.
-  std::map<std::string, size_t> liveObjectsByClass() const;
 
  protected:
   void* take(size_t size, const char* className);

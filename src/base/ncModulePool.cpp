@@ -12,8 +12,8 @@ bool EnabledByEnvironment() {
   return !(setting && std::strcmp(setting, "off") == 0);
 }
 
-bool& Enabled() {
-  static bool enabled = EnabledByEnvironment();
+bool Enabled() {
+  static const bool enabled = EnabledByEnvironment();
   return enabled;
 }
 
@@ -25,7 +25,5 @@ ncModulePool* ncModulePool::getInstance() {
   static ncModulePool instance;
   return Enabled() ? &instance : nullptr;
 }
-
-void ncModulePool::setEnabled(bool enabled) { Enabled() = enabled; }
 
 }  // namespace base

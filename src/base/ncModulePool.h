@@ -1,5 +1,5 @@
-// The process's module pool. It exists unless pooling is turned off (KESTROVE_POOL=off, or
-// setEnabled(false) before the first use), in which case getInstance() is null.
+// The process's module pool. It exists unless pooling is turned off (KESTROVE_POOL=off),
+// in which case getInstance() is null.
 #pragma once
 
 #include "base/ncBasePool.h"
@@ -9,7 +9,6 @@ namespace base {
 class ncModulePool : public ncBasePool {
  public:
   static ncModulePool* getInstance();
-  static void setEnabled(bool enabled);
 };
 
 }  // namespace base

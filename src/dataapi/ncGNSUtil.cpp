@@ -38,22 +38,3 @@ String ncGNSUtil::GetNodeName(const String& gns) {
   const size_t last = levels.rfind(u'/');
   return last == String::npos ? levels : levels.substr(last + 1);
 }
-
-bool ncGNSUtil::IsRootGNS(const String& gns) {
-  if (!HasGNSPrefix(gns)) return false;
-  const String levels = Levels(gns);
-  return !levels.empty() && levels.find(u'/') == String::npos;
-}
-
-String ncGNSUtil::GetPathByDepth(const String& gns, uint32_t depth) {
-  if (depth == 0 || !HasGNSPrefix(gns)) return String();
-  const String levels = Levels(gns);
-  if (levels.empty()) return String();
-  size_t end = 0;
-  for (uint32_t level = 1; level <= depth; ++level) {
-    const size_t separator = levels.find(u'/', level == 1 ? 0 : end + 1);
-    if (separator == String::npos) return level == depth ? Prefix(gns) + levels : String();
-    end = separator;
-  }
-  return Prefix(gns) + levels.substr(0, end);
-}

@@ -17,9 +17,4 @@ class ncGNSUtil {
   static base::String GetParentPath(const base::String& gns);
   // The last level of the id (gns://A/B -> B; gns://A -> A); "" without the prefix.
   static base::String GetNodeName(const base::String& gns);
-  // True for the id of a top-level object: the prefix and exactly one non-empty level.
-  static bool IsRootGNS(const base::String& gns);
-  // The id of the ancestor at the given depth (1 = the top-level object): gns://A/B/C at
-  // depth 2 is gns://A/B. "" for depth 0, for an id with fewer levels, and without the prefix.
-  static base::String GetPathByDepth(const base::String& gns, uint32_t depth);
 };

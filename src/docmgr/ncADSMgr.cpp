@@ -10,12 +10,6 @@
 
 namespace {
 
-const char16_t kDelayStream[] = u"isDelay";
-const char16_t kDocIdStream[] = u"docId";
-const char16_t kVrTypeStream[] = u"vrType";
-const char16_t kErrMarkStream[] = u"errMark";
-const char16_t kStatusStream[] = u"status";
-
 // A document id is read into a buffer of this many units, terminator included.
 const uint32_t kDocIdBufferUnits = 1024;
 

@@ -12,6 +12,13 @@ class ncADSMgr : public ncIADSMgr {
  public:
   ncADSMgr();
 
+  // The streams that hold the tags, one per tag.
+  static constexpr char16_t kDelayStream[] = u"isDelay";
+  static constexpr char16_t kDocIdStream[] = u"docId";
+  static constexpr char16_t kVrTypeStream[] = u"vrType";
+  static constexpr char16_t kErrMarkStream[] = u"errMark";
+  static constexpr char16_t kStatusStream[] = u"status";
+
   void SetDelayInfo(const String& path, int64_t size) override;
   bool GetDelayInfo(const String& path, int64_t& size) override;
   bool CheckDelayInfo(const String& path) override;

@@ -68,7 +68,6 @@ class ncCacheMgr : public ncICacheMgr, public ncIStoreBatch {
 
   // The cache's database connection.
   ncDBMgr* GetDBMgr() const { return db_.get(); }
-  bool IsViewMode() const { return viewMode_; }
 
   // ncIStoreBatch: one transaction on this store's connection.
   void BeginBatch() override;

@@ -1,10 +1,8 @@
 #include "docmgr/ncConfigDBInfo.h"
 
-#include "base/Directory.h"
 #include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncModuleAllocator.h"
-#include "platform/ncPlatform.h"
 
 namespace {
 
@@ -24,11 +22,7 @@ bool ncConfigDBInfo::Init(const String& path, bool isLocalSync) {
   NC_CHECK_PATH(path);
   pathMgr_->Init(path, isLocalSync);
   dbPath_ = pathMgr_->GetDBPath();
-  const bool existed = base::Directory::exists(dbPath_);
-  if (!existed) {
-    base::Directory::create(dbPath_);
-    platform::SetFileAttributes(dbPath_, platform::kAttrHidden);
-  }
+  const bool existed = pathMgr_->CreateDBPath();
   dbMgr_->Open(base::Path::combine(dbPath_, u"config.db"));
   dbMgr_->ProtectSchema();
   return existed;

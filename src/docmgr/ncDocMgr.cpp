@@ -6,12 +6,10 @@
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncIUpgradeMgr.h"
 #include "platform/ncPlatform.h"
 
 namespace {
-
-// The schema version a new local sync root starts at.
-const int32_t kCurrentSchemaVersion = 24;
 
 template <typename Interface, typename Manager>
 Interface* AddRefed(Manager* manager) {
@@ -36,12 +34,6 @@ ncDocMgr::ncDocMgr()
 
 ncDocMgr::~ncDocMgr() { NC_TRACE(u"this: 0x%p", this); }
 
-void ncDocMgr::CreateHiddenDirectory(const String& path) {
-  if (base::Directory::exists(path)) return;
-  base::Directory::create(path);
-  platform::SetFileAttributes(path, platform::kAttrHidden);
-}
-
 void ncDocMgr::Init(const String& rootPath, const String& logRootPath, const std::vector<ncTopFolderInfo>& topFolders,
                     bool isNewView, const String& userName) {
   NC_TRACE(u"path: %s", rootPath);
@@ -54,13 +46,13 @@ void ncDocMgr::Init(const String& rootPath, const String& logRootPath, const std
 
   pathMgr_->Init(rootPath, false);
   pathMgr_->SetUserName(userName);
+  pathMgr_->CreateDBPath();
   const String mainData = pathMgr_->GetDBPath();
-  CreateHiddenDirectory(mainData);
 
   nsCOMPtr<ncPathMgr> logPathMgr(NC_NEW(ncPathMgr));
   logPathMgr->Init(logRootPath, false);
+  logPathMgr->CreateDBPath();
   const String logData = logPathMgr->GetDBPath();
-  CreateHiddenDirectory(logData);
 
   cacheMgr_->Init(base::Path::combine(mainData, u"cache.db"), isNewView);
   logMgr_->Init(base::Path::combine(logData, u"log.db"));
@@ -85,7 +77,7 @@ void ncDocMgr::IniLocalSync(const String& path) {
   NC_CHECK_PATH(path);
   ncConfigDBInfo config;
   config.Init(path, true);
-  config.UpdateVersionNum(kCurrentSchemaVersion);
+  config.UpdateVersionNum(NC_SCHEMA_VERSION_CURRENT);  // a new local sync root starts current
   config.Close();
 }
 
@@ -99,8 +91,8 @@ void ncDocMgr::AddLocalSync(const String& path) {
   entry.relayMgr = NC_NEW(ncRelayMgr);
   entry.pathMgr->Init(path, true);
   entry.pathMgr->SetUserName(userName_);
+  entry.pathMgr->CreateDBPath();
   const String data = entry.pathMgr->GetDBPath();
-  CreateHiddenDirectory(data);
   entry.cacheMgr->Init(base::Path::combine(data, u"cache.db"), false);
   entry.relayMgr->Init(base::Path::combine(data, u"nonius.db"));
   localSyncs_[path] = entry;

@@ -62,7 +62,6 @@ class ncDocMgr : public ncIDocMgr {
   template <typename Interface, typename Manager>
   Interface* ManagerFor(const String& path, const nsCOMPtr<Manager>& main,
                         nsCOMPtr<Manager> LocalSync::*ofLocalSync) const;
-  static void CreateHiddenDirectory(const String& path);
   void CloseLocalSync(LocalSync& entry);
   // The unsynchronised items of one root: waiting in its cache, then set aside.
   static void AppendUnsyncDocs(ncPathMgr* pathMgr, ncCacheMgr* cacheMgr, std::vector<ncUnsyncDocInfo>& docs);

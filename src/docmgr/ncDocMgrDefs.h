@@ -27,10 +27,14 @@ enum ncDocMgrError {
   NC_ERR_REMOVE_ADS = 5,    // removing a file tag failed
 };
 
+// The Win32 prefix of a long path. The platform layer adds and removes it; the component
+// only has to recognise it.
+const char16_t NC_LONG_PATH_PREFIX[] = u"\\\\?\\";
+
 // A path is valid when it is not empty and either well formed or carrying the long-path
 // prefix at its start.
 inline bool ncIsValidPath(const String& path) {
-  return !path.empty() && (base::Path::isValidPath(path) || path.rfind(u"\\\\?\\") == 0);
+  return !path.empty() && (base::Path::isValidPath(path) || base::StartsWith(path, NC_LONG_PATH_PREFIX));
 }
 
 #define NC_CHECK_PATH(path)                                                \

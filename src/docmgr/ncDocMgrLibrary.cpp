@@ -74,9 +74,3 @@ base::MoResourceLoader* ncDocMgrLibrary::getResourceLoader() {
 }
 
 base::String ncDocMgrLibrary::loadString(const base::String& key) { return getResourceLoader()->getString(key); }
-
-base::ncIAllocator* ncDocMgrLibrary::exchangeAllocator(base::ncIAllocator* allocator) {
-  base::ncIAllocator* previous = moduleAllocator;
-  moduleAllocator = allocator;
-  return previous;
-}

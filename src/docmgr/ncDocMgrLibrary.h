@@ -20,9 +20,6 @@ class ncDocMgrLibrary : public base::ISharedLibrary {
   static base::MoResourceLoader* getResourceLoader();
   // The text of a resource key: the catalogue's, else the built-in English text.
   static base::String loadString(const base::String& key);
-
-  // For tests: replace the module allocator (returns the previous one).
-  static base::ncIAllocator* exchangeAllocator(base::ncIAllocator* allocator);
 };
 
 // Formats the text of a resource key: NC_RESOURCE_TEXT(u"IDS_NOT_IN_ROOT_PATH", path).

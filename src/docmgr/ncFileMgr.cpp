@@ -3,6 +3,7 @@
 #include "base/Directory.h"
 #include "base/File.h"
 #include "base/ResourceFile.h"
+#include "docmgr/ncADSMgr.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "platform/ncADSUtil.h"
@@ -13,9 +14,10 @@
 namespace {
 
 // Streams taken off an item that leaves synchronisation (MoveNoADS), in this order.
-const char16_t* const kAllStreams[] = {u"docId", u"isDelay", u"status", u"vrType", u"errMark"};
+const char16_t* const kAllStreams[] = {ncADSMgr::kDocIdStream, ncADSMgr::kDelayStream, ncADSMgr::kStatusStream,
+                                       ncADSMgr::kVrTypeStream, ncADSMgr::kErrMarkStream};
 // Streams taken off a duplicate set aside: it is no longer that document and has no error.
-const char16_t* const kDuplicateStreams[] = {u"docId", u"errMark"};
+const char16_t* const kDuplicateStreams[] = {ncADSMgr::kDocIdStream, ncADSMgr::kErrMarkStream};
 
 // The top-folder kinds, tested in this order; the first bit set decides.
 struct FolderKind {

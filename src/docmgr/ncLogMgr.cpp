@@ -16,8 +16,6 @@ const char16_t kDeleteTrigger[] = u"trg_deletelog";
 // A type is trimmed when it reaches kLogCap entries; the trim removes its oldest kLogTrim.
 const int kLogCap = 50000;
 const int kLogTrim = 25000;
-// Log types with a counter, and so with a cap.
-const int kCountedLogTypes = 4;
 
 const char16_t kDeleteTriggerSql[] =
     u"create trigger if not exists %s after delete on %s begin update %s set logCount = logCount - 1 "
@@ -76,11 +74,11 @@ void ncLogMgr::CreateStatTable() {
   {
     ncAutoGetTable table(dbMgr_.get(),
                          base::Format(u"select count(*) from %s where logType >= 0 and logType < %d", kStatTable,
-                                      kCountedLogTypes),
+                                      NC_SYNCLOG_COUNTED_TYPES),
                          rows, columns, result);
-    if (rows > 0 && base::ToInt64(result[columns]) == kCountedLogTypes) return;
+    if (rows > 0 && base::ToInt64(result[columns]) == NC_SYNCLOG_COUNTED_TYPES) return;
   }
-  for (int logType = 0; logType < kCountedLogTypes; ++logType)
+  for (int logType = 0; logType < NC_SYNCLOG_COUNTED_TYPES; ++logType)
     dbMgr_->ExecuteSql(base::Format(u"insert or ignore into %s values ('%d', 0)", kStatTable, logType));
 }
 

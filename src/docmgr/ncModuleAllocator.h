@@ -23,12 +23,6 @@ class ncModuleAllocator {
       throw;
     }
   }
-
-  template <typename T>
-  static void destroy(T* object) {
-    object->~T();
-    deallocate(object);
-  }
 };
 
 // NC_NEW(ncPathMgr) or NC_NEW(ncFileMgr, pathMgr): a new object with no reference taken.

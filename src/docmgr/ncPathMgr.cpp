@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/Clock.h"
+#include "base/Directory.h"
 #include "base/File.h"
 #include "base/Guid.h"
 #include "base/User.h"
@@ -14,8 +15,7 @@
 
 namespace {
 
-const char16_t kDataDirectorySuffix[] = u".kestrove.cache";
-const char16_t kLongPathPrefix[] = u"\\\\?\\";
+const char16_t kDataDirectorySuffix[] = u"" NC_DATA_DIRECTORY_NAME;
 
 // Relative paths are stored with "\"; the file system's separator may differ.
 String ToNativeSeparators(const String& relPath) {
@@ -76,6 +76,13 @@ String ncPathMgr::GetDBPath() {
   return dbPath_;
 }
 
+bool ncPathMgr::CreateDBPath() {
+  if (base::Directory::exists(dbPath_)) return true;
+  base::Directory::create(dbPath_);
+  platform::SetFileAttributes(dbPath_, platform::kAttrHidden);
+  return false;
+}
+
 bool ncPathMgr::IsInDBPath(const String& path, bool includeSelf) {
   NC_TRACE(u"path: %s", path);
   NC_CHECK_PATH(path);
@@ -105,7 +112,7 @@ String ncPathMgr::GetAbsolutePath(const String& relPath) {
 String ncPathMgr::GetRelativePath(const String& path) {
   NC_TRACE(u"path: %s", path);
   NC_CHECK_PATH(path);
-  const String plain = base::StartsWith(path, kLongPathPrefix) ? path.substr(4) : path;
+  const String plain = platform::RemoveLongPathPrefix(path);
   // Relative paths of a local sync root include the root folder's name, so they are cut
   // after its parent; a local sync root on a bare drive keeps whole paths.
   const String& base = isLocalSync_ ? parentPath_ : rootPath_;

@@ -40,7 +40,8 @@ class ncPathMgr : public ncIPathMgr {
   String GetContainDocIdTempPathName(const String& path, const String& docId) override;
   String GetGuidTempPathName(const String& path) override;
 
-  bool IsLocalSync() const { return isLocalSync_; }
+  // Creates the data directory, hidden, unless it exists; true when it existed.
+  bool CreateDBPath();
   bool IsDriveRoot() const { return isDriveRoot_; }
   const String& GetUserName() const { return userName_; }
 

@@ -17,7 +17,7 @@ ncUpgradeMgr::~ncUpgradeMgr() {
 }
 
 void ncUpgradeMgr::CheckVersion(ncConfigDBInfo& config, int32_t version) {
-  if (version >= kOldestVersion && version <= kCurrentVersion) return;
+  if (version >= NC_SCHEMA_VERSION_OLDEST && version <= NC_SCHEMA_VERSION_CURRENT) return;
   config.Close();
   NC_THROW(NC_ERR_DATABASE, ncDocMgrLibrary::loadString(u"IDS_VERSION_INCOMPATIBLE"));
 }
@@ -59,16 +59,16 @@ void ncUpgradeMgr::Init(const String& primaryPath, const String& secondaryPath,
     viewVersion = primaryConfig_->GetDBMgr()->IsTableExists(u"tb_viewver") ? primaryConfig_->GetViewVer()
                                                                            : primaryConfig_->UpdateViewVer(1);
   } else {
-    version = primaryConfig_->UpdateVersionNum(kCurrentVersion);
+    version = primaryConfig_->UpdateVersionNum(NC_SCHEMA_VERSION_CURRENT);
     viewVersion = primaryConfig_->UpdateViewVer(targetViewVer);
     primaryIsNew = true;
   }
   needData_ = version < 7;
   summary_ = ncUpgradeSummary();
-  summary_.total = (kCurrentVersion - version) + (viewVersion != targetViewVer ? 1 : 0);
+  summary_.total = (NC_SCHEMA_VERSION_CURRENT - version) + (viewVersion != targetViewVer ? 1 : 0);
   CheckVersion(*primaryConfig_, version);
 
-  const int32_t inherited = primaryIsNew ? kCurrentVersion : version;
+  const int32_t inherited = primaryIsNew ? NC_SCHEMA_VERSION_CURRENT : version;
   secondaryConfig_.reset(new ncConfigDBInfo);
   secondaryConfig_->Init(secondaryPath, false);
   const bool secondaryKnown = secondaryConfig_->GetDBMgr()->IsTableExists(u"tb_version");
@@ -77,14 +77,14 @@ void ncUpgradeMgr::Init(const String& primaryPath, const String& secondaryPath,
     MoveJournal(primaryConfig_->GetDBPath(), secondaryConfig_->GetDBPath(), u"log.db");
     MoveJournal(primaryConfig_->GetDBPath(), secondaryConfig_->GetDBPath(), u"msg.db");
   }
-  summary_.total += kCurrentVersion - secondaryVersion;
+  summary_.total += NC_SCHEMA_VERSION_CURRENT - secondaryVersion;
   CheckVersion(*secondaryConfig_, secondaryVersion);
 
   localSyncConfigs_.clear();
   for (const String& path : localSyncPaths) {
     std::unique_ptr<ncConfigDBInfo> config(new ncConfigDBInfo);
     config->Init(path, true);
-    summary_.total += kCurrentVersion - ReadOrRecordVersion(*config, inherited);
+    summary_.total += NC_SCHEMA_VERSION_CURRENT - ReadOrRecordVersion(*config, inherited);
     localSyncConfigs_.push_back(std::move(config));
   }
 }
@@ -150,7 +150,7 @@ ncUpgradeContext ncUpgradeMgr::ContextOf(ncConfigDBInfo& config) {
 // One step at a time, each version recorded as soon as its step is done, so that a run
 // that stops resumes at the first step not recorded.
 void ncUpgradeMgr::RunChain(ncConfigDBInfo& config) {
-  for (int32_t version = config.GetVersionNum(); version < kCurrentVersion;) {
+  for (int32_t version = config.GetVersionNum(); version < NC_SCHEMA_VERSION_CURRENT;) {
     nsCOMPtr<ncIVerUpgrader> step(GetUpgrader(version, ContextOf(config)));
     if (!step) return;
     step->Upgrade();

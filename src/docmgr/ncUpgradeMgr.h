@@ -1,6 +1,9 @@
-// The upgrade manager: reads the schema and view versions of every root from config.db,
-// decides what must run, and runs the chain of version steps on a worker thread while the
-// client polls the summary.
+// The upgrade manager. Init reads the schema version of the primary, the secondary and each
+// local sync root from its config.db (a root with none records the primary's, and a
+// secondary that had none takes the journals log.db and msg.db over from the primary's data
+// directory) and counts the steps to run. DoUpgrade then runs on a worker thread one chain
+// of version steps per root, secondary first, then the local sync roots, the primary last,
+// and ends with the primary's view step; the client polls the summary meanwhile.
 #pragma once
 
 #include <memory>
@@ -16,9 +19,6 @@
 class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
   NC_DECL_ISUPPORTS
  public:
-  static const int32_t kCurrentVersion = 24;
-  static const int32_t kOldestVersion = 4;
-
   ncUpgradeMgr();
 
   void Init(const String& primaryPath, const String& secondaryPath, const std::vector<String>& localSyncPaths,
@@ -36,7 +36,7 @@ class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
 
  private:
   void run() override;
-  // Reads the stored version, or records primaryVersion (24 for a new primary) when none is stored.
+  // Reads the stored version, or records primaryVersion (the current version for a new primary) when none is stored.
   int32_t ReadOrRecordVersion(ncConfigDBInfo& config, int32_t primaryVersion);
   void CheckVersion(ncConfigDBInfo& config, int32_t version);
   static void MoveJournal(const String& fromDir, const String& toDir, const char16_t* name);

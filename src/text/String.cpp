@@ -222,13 +222,6 @@ String ToLower(const String& text) {
   return out;
 }
 
-String ToUpper(const String& text) {
-  String out(text);
-  for (auto& c : out)
-    if (c >= u'a' && c <= u'z') c = static_cast<char16_t>(c - 32);
-  return out;
-}
-
 int CompareIgnoreCase(const String& a, const String& b) {
   const size_t n = a.size() < b.size() ? a.size() : b.size();
   for (size_t i = 0; i < n; ++i) {
@@ -256,34 +249,6 @@ String Trim(const String& text, char16_t unit) {
   if (first == String::npos) return String();
   const size_t last = text.find_last_not_of(unit);
   return text.substr(first, last - first + 1);
-}
-
-String TrimBlanks(const String& text) {
-  const String blanks = u" \t\r\n";
-  const size_t first = text.find_first_not_of(blanks);
-  if (first == String::npos) return String();
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-String ReplaceAll(const String& text, const String& from, const String& to) {
-  if (from.empty()) return text;
-  String out;
-  size_t pos = 0;
-  for (size_t hit; (hit = text.find(from, pos)) != String::npos; pos = hit + from.size()) {
-    out.append(text, pos, hit - pos);
-    out += to;
-  }
-  out.append(text, pos, String::npos);
-  return out;
-}
-
-std::vector<String> Split(const String& text, char16_t separator) {
-  std::vector<String> parts;
-  size_t start = 0;
-  for (size_t hit; (hit = text.find(separator, start)) != String::npos; start = hit + 1)
-    parts.push_back(text.substr(start, hit - start));
-  parts.push_back(text.substr(start));
-  return parts;
 }
 
 namespace {

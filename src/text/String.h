@@ -30,7 +30,6 @@ String FromAscii(const std::string& text);
 std::string ToAscii(const String& text);
 
 String ToLower(const String& text);
-String ToUpper(const String& text);
 char16_t ToLowerUnit(char16_t unit);
 bool EqualsIgnoreCase(const String& a, const String& b);
 int CompareIgnoreCase(const String& a, const String& b);
@@ -38,9 +37,6 @@ bool StartsWith(const String& text, const String& prefix);
 bool EndsWith(const String& text, const String& suffix);
 // Strips every leading and trailing occurrence of the unit.
 String Trim(const String& text, char16_t unit);
-String TrimBlanks(const String& text);
-String ReplaceAll(const String& text, const String& from, const String& to);
-std::vector<String> Split(const String& text, char16_t separator);
 
 // Reads an optional sign and the leading decimal digits; 0 when there are none.
 int64_t ToInt64(const String& text);
