@@ -12,6 +12,8 @@
 #include "base/Directory.h"
 #include "text/String.h"
 
+using base::String;
+
 namespace {
 
 thread_local std::vector<std::string>* recording = nullptr;

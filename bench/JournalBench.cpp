@@ -14,6 +14,8 @@
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncRelayMgr.h"
 
+using base::String;
+
 namespace {
 
 const int kCap = 50000;

@@ -22,6 +22,8 @@
 #include "text/String.h"
 #include "docmgr/ncDocUtils.h"
 
+using base::String;
+
 namespace {
 
 const char kDataDirectory[] = ".kestrove.cache";

@@ -11,6 +11,8 @@
 #include "text/String.h"
 #include "platform/ncPlatform.h"
 
+using base::String;
+
 namespace test {
 
 namespace {

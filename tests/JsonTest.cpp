@@ -8,6 +8,8 @@
 #include "TestSupport.h"
 #include "dataapi/ncJson.h"
 
+using base::String;
+
 namespace {
 
 using JSON::Value;

@@ -9,6 +9,8 @@
 #include "docmgr/ncLogMgr.h"
 #include "docmgr/ncModuleAllocator.h"
 
+using base::String;
+
 namespace {
 
 // A second, raw connection to the same file, to look behind the store and to build files.

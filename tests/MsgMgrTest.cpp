@@ -5,6 +5,8 @@
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncMsgMgr.h"
 
+using base::String;
+
 namespace {
 
 // The fields besides msgId, isDir, state and stamp, which the tests set on purpose.

@@ -13,6 +13,8 @@
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncRelayMgr.h"
 
+using base::String;
+
 namespace {
 
 // A path with an apostrophe, a percent sign, a format directive and Chinese text.

@@ -11,6 +11,8 @@
 #include "FileTestSupport.h"
 #include "platform/ncPlatform.h"
 
+using base::String;
+
 namespace test {
 
 TempDir::TempDir() : path_(MakeTempDir(SystemTempFolder())) {

@@ -6,6 +6,8 @@
 #include "text/String.h"
 #include "docmgr/Exception.h"
 
+using base::String;
+
 namespace JSON {
 
 const char16_t kErrorProvider[] = u"JSON";

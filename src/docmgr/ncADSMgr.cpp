@@ -8,6 +8,8 @@
 #include "platform/ncADSUtil.h"
 #include "platform/ncPlatform.h"
 
+using base::String;
+
 namespace {
 
 // A document id is read into a buffer of this many units, terminator included.

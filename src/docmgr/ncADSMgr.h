@@ -19,29 +19,29 @@ class ncADSMgr : public ncIADSMgr {
   static constexpr char16_t kErrMarkStream[] = u"errMark";
   static constexpr char16_t kStatusStream[] = u"status";
 
-  void SetDelayInfo(const String& path, int64_t size) override;
-  bool GetDelayInfo(const String& path, int64_t& size) override;
-  bool CheckDelayInfo(const String& path) override;
-  void DeleteDelayInfo(const String& path) override;
+  void SetDelayInfo(const base::String& path, int64_t size) override;
+  bool GetDelayInfo(const base::String& path, int64_t& size) override;
+  bool CheckDelayInfo(const base::String& path) override;
+  void DeleteDelayInfo(const base::String& path) override;
 
-  void SetDocIdInfo(const String& path, const String& docId) override;
-  bool GetDocIdInfo(const String& path, String& docId) override;
-  bool CheckDocIdInfo(const String& path) override;
-  void DeleteDocIdInfo(const String& path) override;
+  void SetDocIdInfo(const base::String& path, const base::String& docId) override;
+  bool GetDocIdInfo(const base::String& path, base::String& docId) override;
+  bool CheckDocIdInfo(const base::String& path) override;
+  void DeleteDocIdInfo(const base::String& path) override;
 
-  void SetVrTypeInfo(const String& path, int64_t vrType) override;
-  bool GetVrTypeInfo(const String& path, int64_t& vrType) override;
-  bool CheckVrTypeInfo(const String& path) override;
-  void DeleteVrTypeInfo(const String& path) override;
+  void SetVrTypeInfo(const base::String& path, int64_t vrType) override;
+  bool GetVrTypeInfo(const base::String& path, int64_t& vrType) override;
+  bool CheckVrTypeInfo(const base::String& path) override;
+  void DeleteVrTypeInfo(const base::String& path) override;
 
-  void SetErrMarkInfo(const String& path, int32_t code) override;
-  bool CheckErrMarkInfo(const String& path) override;
-  void DeleteErrMarkInfo(const String& path) override;
+  void SetErrMarkInfo(const base::String& path, int32_t code) override;
+  bool CheckErrMarkInfo(const base::String& path) override;
+  void DeleteErrMarkInfo(const base::String& path) override;
 
-  void SetStatusInfo(const String& path, int64_t status) override;
-  bool GetStatusInfo(const String& path, int64_t& status) override;
-  bool CheckStatusInfo(const String& path) override;
-  void DeleteStatusInfo(const String& path) override;
+  void SetStatusInfo(const base::String& path, int64_t status) override;
+  bool GetStatusInfo(const base::String& path, int64_t& status) override;
+  bool CheckStatusInfo(const base::String& path) override;
+  void DeleteStatusInfo(const base::String& path) override;
 
  protected:
   virtual ~ncADSMgr();
@@ -51,9 +51,9 @@ class ncADSMgr : public ncIADSMgr {
   // Runs a stream change on the prefixed path; on access denied once more with the
   // read-only attribute cleared, restoring the attributes afterwards. A vanished item is
   // quiet; any other failure throws code 4 (Set) or 5 (Remove).
-  static void ChangeStream(const String& path, Change change, const std::function<int(const String&)>& call);
-  static void SetInteger(const String& path, const char16_t* stream, int64_t value);
-  static bool GetInteger(const String& path, const char16_t* stream, int64_t& value);
-  static bool CheckStream(const String& path, const char16_t* stream);
-  static void RemoveStream(const String& path, const char16_t* stream);
+  static void ChangeStream(const base::String& path, Change change, const std::function<int(const base::String&)>& call);
+  static void SetInteger(const base::String& path, const char16_t* stream, int64_t value);
+  static bool GetInteger(const base::String& path, const char16_t* stream, int64_t& value);
+  static bool CheckStream(const base::String& path, const char16_t* stream);
+  static void RemoveStream(const base::String& path, const char16_t* stream);
 };

@@ -11,6 +11,8 @@
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
 
+using base::String;
+
 using base::Format;
 
 namespace {

@@ -4,6 +4,8 @@
 #include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncModuleAllocator.h"
 
+using base::String;
+
 namespace {
 
 const char16_t kVersionTable[] = u"tb_version";

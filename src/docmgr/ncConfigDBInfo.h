@@ -15,7 +15,7 @@ class ncConfigDBInfo {
 
   // Opens config.db in the data directory of path, creating the directory hidden when it
   // is missing. Returns whether the directory existed before.
-  bool Init(const String& path, bool isLocalSync);
+  bool Init(const base::String& path, bool isLocalSync);
   void Close();
 
   // Throws code 1 "Failed to get versionId from %s." when no version is stored.
@@ -24,7 +24,7 @@ class ncConfigDBInfo {
   int32_t GetViewVer();
   int32_t UpdateViewVer(int32_t newVerNum);
 
-  const String& GetDBPath() const { return dbPath_; }
+  const base::String& GetDBPath() const { return dbPath_; }
   ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
   ncPathMgr* GetPathMgr() const { return pathMgr_.get(); }
 
@@ -36,5 +36,5 @@ class ncConfigDBInfo {
   nsCOMPtr<ncDBMgr> dbMgr_;
   int32_t versionNum_ = 0;
   int32_t viewVerNum_ = 0;
-  String dbPath_;
+  base::String dbPath_;
 };

@@ -10,6 +10,8 @@
 #include "docmgr/ncSqlLike.h"
 #include "platform/ncPlatform.h"
 
+using base::String;
+
 namespace {
 
 // The message is formatted, then passed through the formatter once more: a "%" that came

@@ -15,18 +15,18 @@ class ncDBMgr : public ncIDBMgr {
  public:
   ncDBMgr();
 
-  void Open(const String& path) override;
+  void Open(const base::String& path) override;
   void Close() override;
-  void ExecuteSql(const String& sql) override;
-  bool IsTableExists(const String& tableName) override;
-  bool IsColumnExists(const String& tableName, const String& columnName) override;
+  void ExecuteSql(const base::String& sql) override;
+  bool IsTableExists(const base::String& tableName) override;
+  bool IsColumnExists(const base::String& tableName, const base::String& columnName) override;
   void BeginTransaction() override;
   void CommitTransaction() override;
   void RollbackTransaction() override;
 
   // Fills the outputs as sqlite3_get_table does (row 0 holds the column names); the caller
   // frees the table, normally through ncAutoGetTable.
-  void GetTable(const String& sql, int& rowCount, int& columnCount, char**& result);
+  void GetTable(const base::String& sql, int& rowCount, int& columnCount, char**& result);
 
   sqlite3* GetHandle() const { return db_; }
   // True inside a transaction; meaningful to the thread that holds the lock.

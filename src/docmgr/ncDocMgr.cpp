@@ -9,6 +9,8 @@
 #include "docmgr/ncIUpgradeMgr.h"
 #include "platform/ncPlatform.h"
 
+using base::String;
+
 namespace {
 
 template <typename Interface, typename Manager>

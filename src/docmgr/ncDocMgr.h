@@ -22,25 +22,25 @@ class ncDocMgr : public ncIDocMgr {
  public:
   ncDocMgr();
 
-  void Init(const String& rootPath, const String& logRootPath, const std::vector<ncTopFolderInfo>& topFolders,
-            bool isNewView, const String& userName) override;
-  void IniLocalSync(const String& path) override;
-  void AddLocalSync(const String& path) override;
-  void RemoveLocalSync(const String& path) override;
-  void CheckLocalSync(const String& localPath, String& root) override;
-  void GetLocalSyncs(std::vector<String>& roots) override;
+  void Init(const base::String& rootPath, const base::String& logRootPath, const std::vector<ncTopFolderInfo>& topFolders,
+            bool isNewView, const base::String& userName) override;
+  void IniLocalSync(const base::String& path) override;
+  void AddLocalSync(const base::String& path) override;
+  void RemoveLocalSync(const base::String& path) override;
+  void CheckLocalSync(const base::String& localPath, base::String& root) override;
+  void GetLocalSyncs(std::vector<base::String>& roots) override;
   void Close() override;
   bool IsNewView() override;
   void GetUnsyncDoc(std::vector<ncUnsyncDocInfo>& docs) override;
   void GetUnsyncLog(std::vector<ncSyncLogInfo>& entries, uint32_t begin, uint32_t end, uint32_t& total) override;
   uint32_t GetUnsyncLogNum() override;
-  ncIPathMgr* GetPathMgr(const String& path) override;
-  ncIFileMgr* GetFileMgr(const String& path) override;
+  ncIPathMgr* GetPathMgr(const base::String& path) override;
+  ncIFileMgr* GetFileMgr(const base::String& path) override;
   ncIADSMgr* GetADSMgr() override;
-  ncICacheMgr* GetCacheMgr(const String& path) override;
+  ncICacheMgr* GetCacheMgr(const base::String& path) override;
   ncILogMgr* GetLogMgr() override;
   ncIMsgMgr* GetMsgMgr() override;
-  ncIRelayMgr* GetRelayMgr(const String& path) override;
+  ncIRelayMgr* GetRelayMgr(const base::String& path) override;
   ncIDBMgr* CreateDBMgr() override;
 
  protected:
@@ -56,16 +56,16 @@ class ncDocMgr : public ncIDocMgr {
   };
 
   // The entry of a local sync root, or null; "" selects none.
-  const LocalSync* FindLocalSync(const String& path) const;
+  const LocalSync* FindLocalSync(const base::String& path) const;
   // A manager handed out for a root: main for "", the local sync root's own for its path,
   // null for a path that is no local sync root.
   template <typename Interface, typename Manager>
-  Interface* ManagerFor(const String& path, const nsCOMPtr<Manager>& main,
+  Interface* ManagerFor(const base::String& path, const nsCOMPtr<Manager>& main,
                         nsCOMPtr<Manager> LocalSync::*ofLocalSync) const;
   void CloseLocalSync(LocalSync& entry);
   // The unsynchronised items of one root: waiting in its cache, then set aside.
   static void AppendUnsyncDocs(ncPathMgr* pathMgr, ncCacheMgr* cacheMgr, std::vector<ncUnsyncDocInfo>& docs);
-  static void AppendSetAsideDocs(ncPathMgr* pathMgr, const String& folder, std::vector<ncUnsyncDocInfo>& docs);
+  static void AppendSetAsideDocs(ncPathMgr* pathMgr, const base::String& folder, std::vector<ncUnsyncDocInfo>& docs);
   // Gives each top folder that exists under the root its icon and display text.
   void CustomizeTopFolders();
 
@@ -79,7 +79,7 @@ class ncDocMgr : public ncIDocMgr {
   std::vector<ncTopFolderInfo> topFolders_;
   bool isNewView_ = false;
   bool storesOpen_ = false;  // the main root's stores, between Init and Close
-  std::map<String, LocalSync> localSyncs_;
-  String userName_;
+  std::map<base::String, LocalSync> localSyncs_;
+  base::String userName_;
   nsCOMPtr<ncDBMgr> dbMgr_;
 };

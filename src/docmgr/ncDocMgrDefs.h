@@ -8,8 +8,6 @@
 #include "xpcom/nsRefCount.h"
 #include "xpcom/nsTableDrivenQI.h"
 
-using base::String;
-
 #define NC_DOCMGR_PROVIDER u"docmgr"
 
 // Trace point of the module "docmgr": NC_TRACE(u"relPath: %s", relPath).
@@ -33,7 +31,7 @@ const char16_t NC_LONG_PATH_PREFIX[] = u"\\\\?\\";
 
 // A path is valid when it is not empty and either well formed or carrying the long-path
 // prefix at its start.
-inline bool ncIsValidPath(const String& path) {
+inline bool ncIsValidPath(const base::String& path) {
   return !path.empty() && (base::Path::isValidPath(path) || base::StartsWith(path, NC_LONG_PATH_PREFIX));
 }
 

@@ -5,6 +5,8 @@
 #include "docmgr/ncDocMgrDefs.h"
 #include "platform/ncPlatform.h"
 
+using base::String;
+
 namespace {
 
 // Pinyin initials of the GB2312 level-2 characters, in code order (rows 0xD8-0xF7).

@@ -11,6 +11,8 @@
 #include "platform/ncShellUtil.h"
 #include "platform/ncSystemFileWrapper.h"
 
+using base::String;
+
 namespace {
 
 // Streams taken off an item that leaves synchronisation (MoveNoADS), in this order.

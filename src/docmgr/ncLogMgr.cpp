@@ -5,6 +5,8 @@
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
 
+using base::String;
+
 namespace {
 
 const char16_t kLogTable[] = u"tb_synclog";

@@ -17,7 +17,7 @@ class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
   // Opens log.db at path and creates what is missing. A log.db whose delete trigger is the
   // old one that refers to new.logType (which current SQLite refuses, blocking every insert
   // and delete) gets the trigger replaced and its counters recounted.
-  void Init(const String& path);
+  void Init(const base::String& path);
   // The store's database connection.
   ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
   void Close();
@@ -46,7 +46,7 @@ class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
   void RepairDeleteTrigger();
   // Visible entries of the type; a missing row throws code 1 naming tableInMessage.
   uint32_t CountVisible(int logType, const char16_t* tableInMessage);
-  void ReadEntries(const String& sql, std::vector<ncSyncLogInfo>& out);
+  void ReadEntries(const base::String& sql, std::vector<ncSyncLogInfo>& out);
 
   nsCOMPtr<ncDBMgr> dbMgr_;
 };

@@ -6,6 +6,8 @@
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
 
+using base::String;
+
 namespace {
 
 const char16_t kMsgTable[] = u"tb_msg";

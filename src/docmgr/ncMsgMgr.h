@@ -11,7 +11,7 @@ class ncMsgMgr : public ncIMsgMgr {
  public:
   ncMsgMgr();
 
-  void Init(const String& path);
+  void Init(const base::String& path);
   // The store's database connection.
   ncDBMgr* GetDBMgr() const { return dbMgr_.get(); }
   void Close();
@@ -19,7 +19,7 @@ class ncMsgMgr : public ncIMsgMgr {
   void RecordMsg(const std::vector<ncMsgInfo>& msgs) override;
   void GetMsg(int num, std::vector<ncMsgInfo>& out) override;
   void CleanupMsg(int surplus) override;
-  void UpdateUnreadMsg(const std::vector<String>& msgIds) override;
+  void UpdateUnreadMsg(const std::vector<base::String>& msgIds) override;
   int32_t GetUnreadMsgNum() override;
   int64_t GetMaxStamp() override;
   void UpdateAndFilterMsg(const std::vector<ncMsgInfo>& msgs, std::vector<ncMsgInfo>& newMsgs) override;

@@ -13,6 +13,8 @@
 #include "platform/ncPlatform.h"
 #include "platform/ncSystemFileWrapper.h"
 
+using base::String;
+
 namespace {
 
 const char16_t kDataDirectorySuffix[] = u"" NC_DATA_DIRECTORY_NAME;

@@ -10,40 +10,40 @@ class ncPathMgr : public ncIPathMgr {
   ncPathMgr();
 
   // Not part of the interface: the document manager calls it right after creation.
-  void Init(const String& path, bool isLocalSync);
+  void Init(const base::String& path, bool isLocalSync);
 
-  String GetRootPath() override;
-  void SetUserName(const String& name) override;
-  bool IsInRootPath(const String& path, bool includeSelf) override;
-  String GetDBPath() override;
-  bool IsInDBPath(const String& path, bool includeSelf) override;
-  String GetUnsyncDocPath() override;
-  bool IsInUnsyncDoc(const String& path, bool includeSelf) override;
-  String GetAbsolutePath(const String& relPath) override;
-  String GetRelativePath(const String& path) override;
+  base::String GetRootPath() override;
+  void SetUserName(const base::String& name) override;
+  bool IsInRootPath(const base::String& path, bool includeSelf) override;
+  base::String GetDBPath() override;
+  bool IsInDBPath(const base::String& path, bool includeSelf) override;
+  base::String GetUnsyncDocPath() override;
+  bool IsInUnsyncDoc(const base::String& path, bool includeSelf) override;
+  base::String GetAbsolutePath(const base::String& relPath) override;
+  base::String GetRelativePath(const base::String& path) override;
 
-  bool IsTempPath(const String& path) override;
-  String GetBackupPathContainDocId(const String& path, const String& docId) override;
-  bool IsBackupPath(const String& path) override;
-  String GetCopyPath(const String& path) override;
-  bool IsCopyPath(const String& path) override;
-  String GetTransferUnsyncPath(const String& path) override;
-  bool IsTransferUnsyncPath(const String& path) override;
-  String GetConflictPath(const String& path) override;
-  bool IsConflictPath(const String& path) override;
-  bool IsIgnorePath(const String& path) override;
-  bool IsCadTempPath(const String& path) override;
-  bool IsTooLongPath(const String& path) override;
-  bool IsSiblingPath(const String& path1, const String& path2) override;
-  bool IsSysHoldPath(const String& path) override;
-  bool IsSystemHiddenPath(const String& path) override;
-  String GetContainDocIdTempPathName(const String& path, const String& docId) override;
-  String GetGuidTempPathName(const String& path) override;
+  bool IsTempPath(const base::String& path) override;
+  base::String GetBackupPathContainDocId(const base::String& path, const base::String& docId) override;
+  bool IsBackupPath(const base::String& path) override;
+  base::String GetCopyPath(const base::String& path) override;
+  bool IsCopyPath(const base::String& path) override;
+  base::String GetTransferUnsyncPath(const base::String& path) override;
+  bool IsTransferUnsyncPath(const base::String& path) override;
+  base::String GetConflictPath(const base::String& path) override;
+  bool IsConflictPath(const base::String& path) override;
+  bool IsIgnorePath(const base::String& path) override;
+  bool IsCadTempPath(const base::String& path) override;
+  bool IsTooLongPath(const base::String& path) override;
+  bool IsSiblingPath(const base::String& path1, const base::String& path2) override;
+  bool IsSysHoldPath(const base::String& path) override;
+  bool IsSystemHiddenPath(const base::String& path) override;
+  base::String GetContainDocIdTempPathName(const base::String& path, const base::String& docId) override;
+  base::String GetGuidTempPathName(const base::String& path) override;
 
   // Creates the data directory, hidden, unless it exists; true when it existed.
   bool CreateDBPath();
   bool IsDriveRoot() const { return isDriveRoot_; }
-  const String& GetUserName() const { return userName_; }
+  const base::String& GetUserName() const { return userName_; }
 
  protected:
   virtual ~ncPathMgr();
@@ -51,9 +51,9 @@ class ncPathMgr : public ncIPathMgr {
  private:
   bool isLocalSync_ = false;
   bool isDriveRoot_ = false;
-  String rootPath_;
-  String parentPath_;
-  String dbPath_;
-  String unsyncDocPath_;
-  String userName_;
+  base::String rootPath_;
+  base::String parentPath_;
+  base::String dbPath_;
+  base::String unsyncDocPath_;
+  base::String userName_;
 };

@@ -8,6 +8,8 @@
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
 
+using base::String;
+
 namespace {
 
 const char16_t kUploadTable[] = u"tb_upload_nonius";

@@ -15,6 +15,8 @@
 #include "docmgr/ncRelayMgr.h"
 #include "docmgr/nsCOMPtr.h"
 
+using base::String;
+
 using base::Format;
 
 namespace {

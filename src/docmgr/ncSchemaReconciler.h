@@ -10,7 +10,7 @@
 
 class ncSchemaReconciler {
  public:
-  explicit ncSchemaReconciler(const String& dataDir) : dataDir_(dataDir) {}
+  explicit ncSchemaReconciler(const base::String& dataDir) : dataDir_(dataDir) {}
 
   // Every store file present in the data directory: missing columns are added (with the
   // values a fresh row would have, derived values computed from the row), columns out of
@@ -19,12 +19,12 @@ class ncSchemaReconciler {
   void Reconcile();
 
   struct Column {
-    String name;
-    String type;
+    base::String name;
+    base::String type;
   };
   struct Table {
-    String name;
-    String createSql;
+    base::String name;
+    base::String createSql;
     std::vector<Column> columns;
   };
   // The tables of a database in creation order, each with its columns in order.
@@ -33,10 +33,10 @@ class ncSchemaReconciler {
  private:
   struct Store;
   void ReconcileStore(const Store& store);
-  static const std::vector<Table>& FreshTables(const Store& store, const String& scratchPath);
-  static std::vector<Table> CreateFreshTables(const Store& store, const String& scratchPath);
+  static const std::vector<Table>& FreshTables(const Store& store, const base::String& scratchPath);
+  static std::vector<Table> CreateFreshTables(const Store& store, const base::String& scratchPath);
   struct AddedColumn {
-    String table;
+    base::String table;
     Column column;
   };
   static void ReconcileColumns(ncDBMgr* db, const std::vector<Table>& fresh, void (*derive)(ncDBMgr*));
@@ -45,5 +45,5 @@ class ncSchemaReconciler {
   static void FillFreshValues(ncDBMgr* db, const std::vector<AddedColumn>& added);
   static void RebuildInOrder(ncDBMgr* db, const Table& fresh);
 
-  String dataDir_;
+  base::String dataDir_;
 };

@@ -7,6 +7,8 @@
 #include "docmgr/ncModuleAllocator.h"
 #include "platform/ncPlatform.h"
 
+using base::String;
+
 NC_IMPL_HEAP_ISUPPORTS1(ncUpgradeMgr, ncIUpgradeMgr)
 
 ncUpgradeMgr::ncUpgradeMgr() { NC_TRACE(u"this: 0x%p", this); }

@@ -21,7 +21,7 @@ class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
  public:
   ncUpgradeMgr();
 
-  void Init(const String& primaryPath, const String& secondaryPath, const std::vector<String>& localSyncPaths,
+  void Init(const base::String& primaryPath, const base::String& secondaryPath, const std::vector<base::String>& localSyncPaths,
             int targetViewVer) override;
   void Close() override;
   bool NeedUpgrade() override;
@@ -39,11 +39,11 @@ class ncUpgradeMgr : public ncIUpgradeMgr, private base::Thread {
   // Reads the stored version, or records primaryVersion (the current version for a new primary) when none is stored.
   int32_t ReadOrRecordVersion(ncConfigDBInfo& config, int32_t primaryVersion);
   void CheckVersion(ncConfigDBInfo& config, int32_t version);
-  static void MoveJournal(const String& fromDir, const String& toDir, const char16_t* name);
+  static void MoveJournal(const base::String& fromDir, const base::String& toDir, const char16_t* name);
   ncUpgradeContext ContextOf(ncConfigDBInfo& config);
   void RunChain(ncConfigDBInfo& config);
   void RunViewStep();
-  void SetOutcome(int state, const String& message);
+  void SetOutcome(int state, const base::String& message);
 
   std::unique_ptr<ncConfigDBInfo> primaryConfig_;
   std::unique_ptr<ncConfigDBInfo> secondaryConfig_;

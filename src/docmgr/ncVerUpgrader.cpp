@@ -12,6 +12,8 @@
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncSchemaReconciler.h"
 
+using base::String;
+
 using base::Format;
 using base::Path;
 
