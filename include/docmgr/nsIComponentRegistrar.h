@@ -15,8 +15,8 @@ class nsIComponentRegistrar : public nsISupports {
  public:
   NS_DECLARE_STATIC_IID_ACCESSOR(NS_ICOMPONENTREGISTRAR_IID)
 
-  NS_IMETHOD AutoRegister(nsIFile* spec) = 0;                                                      // 3
-  NS_IMETHOD AutoUnregister(nsIFile* spec) = 0;                                                    // 4
+  NS_IMETHOD AutoRegister(nsIFile* location) = 0;                                                      // 3
+  NS_IMETHOD AutoUnregister(nsIFile* location) = 0;                                                    // 4
   NS_IMETHOD RegisterFactory(const nsCID& cid, const char* className, const char* contractId,
                              nsIFactory* factory) = 0;                                             // 5
   NS_IMETHOD UnregisterFactory(const nsCID& cid, nsIFactory* factory) = 0;                         // 6
