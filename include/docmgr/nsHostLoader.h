@@ -49,7 +49,7 @@ class nsHostLoader {
 
  private:
   class Manager;
-  Manager* manager_;
+  nsCOMPtr<Manager> manager_;
   std::vector<void*> handles_;
   std::string lastError_;
 };

@@ -12,6 +12,9 @@
 
 namespace {
 
+// Created by onInitLibrary and destroyed by onCloseLibrary. Plain pointers on purpose: the
+// close runs while the module's statics are destroyed, and an owning global could already
+// be gone by then.
 base::MoResourceLoader* resourceLoader = nullptr;
 base::ncIAllocator* moduleAllocator = nullptr;
 

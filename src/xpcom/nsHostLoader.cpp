@@ -150,7 +150,7 @@ class nsHostLoader::Manager : public nsIComponentManager, public nsIComponentReg
   };
 
   std::vector<Entry> entries;
-  std::vector<nsIModule*> modules;  // one reference each
+  std::vector<nsCOMPtr<nsIModule>> modules;
   nsIModule* registering = nullptr;
 
  protected:
@@ -178,25 +178,24 @@ class nsHostLoader::Manager : public nsIComponentManager, public nsIComponentReg
   nsRefCount count_;
 };
 
-nsHostLoader::nsHostLoader() : manager_(new Manager) { manager_->AddRef(); }
+nsHostLoader::nsHostLoader() : manager_(new Manager) {}
 
 nsHostLoader::~nsHostLoader() {
   manager_->entries.clear();  // factories registered as objects go first
-  for (nsIModule* module : manager_->modules) module->Release();
   manager_->modules.clear();
-  manager_->Release();
+  manager_ = nullptr;  // the module files stay loaded until every object of theirs is gone
   for (auto handle = handles_.rbegin(); handle != handles_.rend(); ++handle) platform::UnloadModuleFile(*handle);
 }
 
 nsresult nsHostLoader::addModule(nsGetModuleProc getModule, const std::string& location) {
   nsIModule* module = nullptr;
-  nsIComponentManager* compMgr = manager_;
+  nsIComponentManager* compMgr = manager_.get();
   nsresult rv = getModule(compMgr, nullptr, &module);
   if (NS_FAILED(rv) || !module) {
     lastError_ = location + ": NSGetModule failed";
     return NS_FAILED(rv) ? rv : NS_ERROR_FAILURE;
   }
-  manager_->modules.push_back(module);
+  manager_->modules.push_back(nsCOMPtr<nsIModule>::adopt(module));
   manager_->registering = module;
   rv = module->RegisterSelf(compMgr, nullptr, location.c_str(), "native");
   manager_->registering = nullptr;
