@@ -5,11 +5,11 @@
 #include <string_view>
 
 #include "dataapi/ncGNSUtil.h"
-#include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncQueryResult.h"
 
 using base::String;
 
@@ -108,30 +108,9 @@ String JoinPath(const String& first, const String& second) {
   return first + u'\\' + second;
 }
 
-// One query result, freed when it goes out of scope.
-class Query {
- public:
-  Query(ncDBMgr* db, const String& sql) : table_(db, sql, rows_, columns_, result_) {}
-  int rows() const { return rows_; }
-  const char* at(int row, int column) const { return result_[(row + 1) * columns_ + column]; }
-  String text(int row, int column) const {
-    const char* value = at(row, column);
-    return value ? base::FromUtf8(value) : String();
-  }
-  int32_t int32(int row, int column) const { return base::ToInt32(at(row, column)); }
-  int64_t int64(int row, int column) const { return base::ToInt64(at(row, column)); }
-  bool flag(int row, int column) const { return int64(row, column) != 0; }
-
- private:
-  int rows_ = 0;
-  int columns_ = 0;
-  char** result_ = nullptr;
-  ncAutoGetTable table_;
-};
-
 // The columns from otag to watermark of a record, in the order of kSelectInfo, starting at
 // column first of the given row.
-void ReadRecordColumns(const Query& query, int row, int first, ncCacheInfo& info) {
+void ReadRecordColumns(const ncQueryResult& query, int row, int first, ncCacheInfo& info) {
   int column = first;
   info.otag = query.text(row, column++);
   info.type = query.int32(row, column++);
@@ -263,8 +242,9 @@ void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {
   const String oldPath = base::Trim(oldWorking, u'\\');
   const String& newPath = newWorking;
   const String quotedOldPath = Quote(oldPath);
-  Query subtree(db_.get(), Format(u"select distinct parentPath from %s where parentPath='%s' or parentPath like '%s\\%%'",
-                                  kTable, quotedOldPath, quotedOldPath));
+  ncQueryResult subtree(
+      db_.get(), Format(u"select distinct parentPath from %s where parentPath='%s' or parentPath like '%s\\%%'", kTable,
+                        quotedOldPath, quotedOldPath));
   for (int row = 0; row < subtree.rows(); ++row) {
     const String oldValue = subtree.text(row, 0);
     const String newValue = ncDocUtils::ReplaceStr(oldValue, oldPath, newPath, false);
@@ -382,8 +362,8 @@ void ncCacheMgr::Unlock(const String& relPath) {
   ncDBTransaction unlock(*db_);
   int32_t attr = 0;
   {
-    Query query(db_.get(), Format(u"select attr from %s where name='%s' and parentPath='%s'", kTable, Quote(name),
-                                  Quote(parentPath)));
+    ncQueryResult query(db_.get(), Format(u"select attr from %s where name='%s' and parentPath='%s'", kTable,
+                                          Quote(name), Quote(parentPath)));
     if (query.rows() == 0) return;
     attr = query.int32(0, 0) & ~NC_CACHE_ATTR_LOCKED;
   }
@@ -407,7 +387,7 @@ void ncCacheMgr::Unsync_UpdateAllExecTask(int32_t execTask) {
 // Lookups and listings
 
 bool ncCacheMgr::ReadInfo(const String& sql, ncCacheInfo& info) {
-  Query query(db_.get(), sql);
+  ncQueryResult query(db_.get(), sql);
   if (query.rows() == 0) return false;
   info.id = query.text(0, 0);
   ReadRecordColumns(query, 0, 1, info);
@@ -420,7 +400,7 @@ bool ncCacheMgr::GetInfoByPath(const String& relPath, ncCacheInfo& info) {
   const String working = WithoutView(relPath);
   if (viewMode_ && working.empty()) {
     const String view = ViewOf(relPath);
-    Query query(db_.get(), Format(u"select viewType from %s where viewName='%s' limit 1", kTable, Quote(view)));
+    ncQueryResult query(db_.get(), Format(u"select viewType from %s where viewName='%s' limit 1", kTable, Quote(view)));
     if (query.rows() == 0) return false;
     info.viewType = query.int32(0, 0);
     info.viewName = view;
@@ -450,10 +430,10 @@ bool ncCacheMgr::GetLegalInfoByPath(const String& relPath, ncCacheInfo& info) {
 bool ncCacheMgr::GetInfoByDocId(const String& docId, ncCacheDocInfo& info) {
   NC_TRACE(u"docId: %s", docId);
   if (!ncGNSUtil::HasGNSPrefix(docId)) NC_THROW(NC_ERR_INVALID_ARG, u"Gns (%s) is INVALID.", docId);
-  Query query(db_.get(),
-              Format(u"select name, parentPath, otag, type, isDir, state, serverMTime, clientMTime, size, typeName, "
-                     u"attr, viewType, viewName, errcode, execTask , watermark from %s where id='%s' limit 1",
-                     kTable, Quote(docId)));
+  ncQueryResult query(
+      db_.get(), Format(u"select name, parentPath, otag, type, isDir, state, serverMTime, clientMTime, size, typeName, "
+                        u"attr, viewType, viewName, errcode, execTask , watermark from %s where id='%s' limit 1",
+                        kTable, Quote(docId)));
   if (query.rows() == 0) return false;
   info.id = docId;
   info.name = query.text(0, 0);
@@ -464,13 +444,13 @@ bool ncCacheMgr::GetInfoByDocId(const String& docId, ncCacheDocInfo& info) {
 
 void ncCacheMgr::GetViewNames(std::vector<String>& names) {
   NC_TRACE(u"this: 0x%p", this);
-  Query query(db_.get(), Format(u"select viewName from %s group by viewName", kTable));
+  ncQueryResult query(db_.get(), Format(u"select viewName from %s group by viewName", kTable));
   for (int row = 0; row < query.rows(); ++row) names.push_back(query.text(row, 0));
 }
 
 bool ncCacheMgr::HasInfoByView(const String& viewName) {
   NC_TRACE(u"viewName: %s", viewName);
-  Query query(db_.get(), Format(u"select id from %s where viewName='%s' limit 1", kTable, Quote(viewName)));
+  ncQueryResult query(db_.get(), Format(u"select id from %s where viewName='%s' limit 1", kTable, Quote(viewName)));
   return query.rows() != 0;
 }
 
@@ -483,13 +463,14 @@ bool ncCacheMgr::GetViewRelPathByRelPath(const String& relPath, String& viewName
   const String top = Quote(ViewOf(relPath));
   String view;
   {
-    Query query(db_.get(), Format(u"select viewname from %s where name='%s' and parentPath='' limit 1", kTable, top));
+    ncQueryResult query(db_.get(),
+                        Format(u"select viewname from %s where name='%s' and parentPath='' limit 1", kTable, top));
     if (query.rows() != 0) view = query.text(0, 0);
     else {
-      Query below(db_.get(),
-                  Format(u"select viewname from %s where parentId='' and (parentPath='%s' or parentPath like "
-                         u"'%s\\%%') limit 1",
-                         kTable, top, top));
+      ncQueryResult below(db_.get(),
+                          Format(u"select viewname from %s where parentId='' and (parentPath='%s' or parentPath like "
+                                 u"'%s\\%%') limit 1",
+                                 kTable, top, top));
       if (below.rows() == 0) return false;
       view = below.text(0, 0);
     }
@@ -506,7 +487,7 @@ void ncCacheMgr::GetScanSubInfos(const String& relPath, std::map<String, ncCache
   String sql = Format(u"select id, name, isDir, clientMTime, size, attr from %s where parentPath='%s'", kTable,
                       Quote(folder));
   if (viewMode_) sql += u" and viewName='" + Quote(ViewOf(relPath)) + u"'";
-  Query query(db_.get(), sql);
+  ncQueryResult query(db_.get(), sql);
   for (int row = 0; row < query.rows(); ++row) {
     ncCacheScanInfo child;
     child.id = query.text(row, 0);
@@ -529,7 +510,7 @@ void ncCacheMgr::GetDetectSubInfos(const String& relPath, const String& docId,
 
   // Columns: id, name, then the record from otag on; parentPath sits between them in the
   // root listing.
-  auto readChildren = [&](const Query& query, bool withParentPath) {
+  auto readChildren = [&](const ncQueryResult& query, bool withParentPath) {
     for (int row = 0; row < query.rows(); ++row) {
       ncCacheDocInfo child;
       int column = 0;
@@ -551,30 +532,34 @@ void ncCacheMgr::GetDetectSubInfos(const String& relPath, const String& docId,
       children[child.id] = child;
     }
   };
-  auto readTopPaths = [&](const Query& query) {
+  auto readTopPaths = [&](const ncQueryResult& query) {
     for (int row = 0; row < query.rows(); ++row) topPaths[query.text(row, 1)] = query.text(row, 0);
   };
 
   if (!nodeName.empty()) {
     // A server object: its children carry its node name as parentId and its id as prefix.
-    Query query(db_.get(), Format(u"select id, name, otag, type, isDir, state, serverMTime, clientMTime, size, "
-                                  u"typeName, attr, viewType, viewName, watermark from %s where parentId='%s'and id "
-                                  u"like '%s/%%'",
-                                  kTable, Quote(nodeName), Quote(docId)));
+    ncQueryResult query(db_.get(),
+                        Format(u"select id, name, otag, type, isDir, state, serverMTime, clientMTime, size, "
+                               u"typeName, attr, viewType, viewName, watermark from %s where parentId='%s'and id "
+                               u"like '%s/%%'",
+                               kTable, Quote(nodeName), Quote(docId)));
     readChildren(query, false);
   } else if (folder.empty()) {
-    Query direct(db_.get(), Format(u"select id, name, parentPath, otag, type, isDir, state, serverMTime, clientMTime, "
-                                   u"size, typeName, attr, viewType, viewName, watermark from %s where parentId='' "
-                                   u"and parentPath=''",
-                                   kTable));
+    ncQueryResult direct(db_.get(),
+                         Format(u"select id, name, parentPath, otag, type, isDir, state, serverMTime, clientMTime, "
+                                u"size, typeName, attr, viewType, viewName, watermark from %s where parentId='' "
+                                u"and parentPath=''",
+                                kTable));
     readChildren(direct, true);
-    Query deeper(db_.get(),
-                 Format(u"select id, parentPath from %s where parentId='' and parentPath <>'' group by parentPath", kTable));
+    ncQueryResult deeper(
+        db_.get(),
+        Format(u"select id, parentPath from %s where parentId='' and parentPath <>'' group by parentPath", kTable));
     readTopPaths(deeper);
   } else {
-    Query deeper(db_.get(), Format(u"select id, parentPath from %s where parentId='' and parentPath like '%s\\%%' "
-                                   u"group by parentPath",
-                                   kTable, Quote(folder)));
+    ncQueryResult deeper(db_.get(),
+                         Format(u"select id, parentPath from %s where parentId='' and parentPath like '%s\\%%' "
+                                u"group by parentPath",
+                                kTable, Quote(folder)));
     readTopPaths(deeper);
   }
 }
@@ -582,9 +567,10 @@ void ncCacheMgr::GetDetectSubInfos(const String& relPath, const String& docId,
 void ncCacheMgr::GetNoDelayFileInfos(std::vector<ncCacheFileInfo>& files) {
   NC_TRACE(u"this: 0x%p", this);
   files.clear();
-  Query query(db_.get(),
-              Format(u"select name, parentPath, size, viewName from %s where isDir = '%d' and (state = '%d' or state = '%d')",
-                     kTable, 0, NC_CACHE_STATE_NORMAL, NC_CACHE_STATE_UNSYNC));
+  ncQueryResult query(
+      db_.get(),
+      Format(u"select name, parentPath, size, viewName from %s where isDir = '%d' and (state = '%d' or state = '%d')",
+             kTable, 0, NC_CACHE_STATE_NORMAL, NC_CACHE_STATE_UNSYNC));
   for (int row = 0; row < query.rows(); ++row) {
     ncCacheFileInfo file;
     const String parentPath = viewMode_ ? JoinPath(query.text(row, 3), query.text(row, 1)) : query.text(row, 1);
@@ -598,7 +584,7 @@ int64_t ncCacheMgr::GetCountByStates(const std::vector<int32_t>& states) {
   NC_TRACE(u"states: %u", states.size());
   int64_t count = 0;
   for (int32_t state : states) {
-    Query query(db_.get(), Format(u"select count(*) from %s where state=%d", kTable, state));
+    ncQueryResult query(db_.get(), Format(u"select count(*) from %s where state=%d", kTable, state));
     if (query.rows() != 0) count += query.int64(0, 0);
   }
   return count;
@@ -616,7 +602,7 @@ void ncCacheMgr::GetCacheSubInfos(const String& relPath, std::vector<ncCacheDocI
   if (viewMode_) conditions.push_back(u"viewName='" + Quote(ViewOf(relPath)) + u"'");
   for (size_t i = 0; i < conditions.size(); ++i) sql += (i == 0 ? u" where " : u" and ") + conditions[i];
   sql += u" order by parentPath, name";
-  Query query(db_.get(), sql);
+  ncQueryResult query(db_.get(), sql);
   infos.reserve(query.rows());
   for (int row = 0; row < query.rows(); ++row) {
     ncCacheDocInfo info;
@@ -660,7 +646,7 @@ void ncCacheMgr::SearchInfo(bool byAcronym, bool contiguous, const String& sql, 
                             const String& prefix, const String& suffix, std::vector<ncCacheSearchInfo>& hits,
                             uint32_t maxNum) {
   NC_TRACE(u"sql: %s, key: %s, prefix: %s, suffix: %s)", sql, key, prefix, suffix);
-  Query query(db_.get(), sql);
+  ncQueryResult query(db_.get(), sql);
   bool duplicate = false;  // stays set for the rest of the statement once a row repeats a hit
   for (int row = 0; row < query.rows(); ++row) {
     if (hits.size() >= maxNum) break;
@@ -684,7 +670,7 @@ void ncCacheMgr::SearchInfo(bool byAcronym, bool contiguous, const String& sql, 
 // Unsynchronised items
 
 bool ncCacheMgr::IsUnsyncRow(const String& name, const String& parentPath) {
-  Query query(db_.get(), Format(kSelectUnsync, kTable, Quote(name), Quote(parentPath)));
+  ncQueryResult query(db_.get(), Format(kSelectUnsync, kTable, Quote(name), Quote(parentPath)));
   return query.rows() != 0 && query.int32(0, 0) == NC_CACHE_STATE_UNSYNC && query.int32(0, 1) == 0;
 }
 
@@ -707,8 +693,9 @@ bool ncCacheMgr::Unsync_GetInfo(const String& relPath, ncCacheUnsyncInfo& info) 
   NC_TRACE(u"relPath: %s", relPath);
   String name, parentPath;
   WorkingPath(relPath, name, parentPath);
-  Query query(db_.get(), Format(u"select state, isDir, errcode, size from %s where name='%s' and parentPath='%s'",
-                                kTable, Quote(name), Quote(parentPath)));
+  ncQueryResult query(db_.get(),
+                      Format(u"select state, isDir, errcode, size from %s where name='%s' and parentPath='%s'", kTable,
+                             Quote(name), Quote(parentPath)));
   if (query.rows() == 0) return false;
   info.state = query.int32(0, 0);
   info.isDir = query.flag(0, 1);
@@ -730,7 +717,7 @@ int64_t ncCacheMgr::Unsync_CountUnexec(const String& path) {
                  u"execTask = 0",
                  kTable, folder, folder, NC_CACHE_STATE_UNSYNC);
   }
-  Query query(db_.get(), sql);
+  ncQueryResult query(db_.get(), sql);
   return query.rows() != 0 ? query.int64(0, 0) : 0;
 }
 
@@ -754,7 +741,7 @@ void ncCacheMgr::Unsync_GetUnexecInfoVec(const String& path, std::vector<ncCache
     sql = Format(u"select parentPath, name, isDir, errCode, size, viewName from %s where (parentPath='%s' or "
                  u"parentPath like '%s\\%%') and state = %d and execTask = 0",
                  kTable, folder, folder, NC_CACHE_STATE_UNSYNC);
-  Query query(db_.get(), sql);
+  ncQueryResult query(db_.get(), sql);
   for (int row = query.rows() - 1; row >= 0; --row) {
     ncCacheUnexecInfo info;
     const String parentPath = viewMode_ ? JoinPath(query.text(row, 5), query.text(row, 0)) : query.text(row, 0);

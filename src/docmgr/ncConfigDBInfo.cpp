@@ -1,8 +1,8 @@
 #include "docmgr/ncConfigDBInfo.h"
 
-#include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncQueryResult.h"
 
 using base::String;
 
@@ -60,14 +60,11 @@ int32_t ncConfigDBInfo::UpdateViewVer(int32_t newVerNum) {
 }
 
 int32_t ncConfigDBInfo::ReadVersion(const char16_t* table) {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
   // A missing table reads as no rows.
-  String sql = base::Format(u"select versionId from %s", table);
-  if (!dbMgr_->IsTableExists(table)) sql.clear();
-  ncAutoGetTable reader(sql.empty() ? nullptr : dbMgr_.get(), sql, rows, columns, result);
-  if (rows == 0 || !result) NC_THROW(NC_ERR_DATABASE, u"Failed to get versionId from %s.", table);
-  return base::ToInt32(result[rows * columns]);
+  ncQueryResult versions(dbMgr_->IsTableExists(table) ? dbMgr_.get() : nullptr,
+                         base::Format(u"select versionId from %s", table));
+  if (versions.rows() == 0) NC_THROW(NC_ERR_DATABASE, u"Failed to get versionId from %s.", table);
+  return versions.int32(versions.rows() - 1, 0);
 }
 
 void ncConfigDBInfo::WriteVersion(const char16_t* table, int32_t version) {

@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncQueryResult.h"
 #include "docmgr/ncSqlLike.h"
 #include "platform/ncPlatform.h"
 
@@ -278,26 +278,18 @@ void ncDBMgr::GetTable(const String& sql, int& rowCount, int& columnCount, char*
 
 bool ncDBMgr::IsTableExists(const String& tableName) {
   NC_TRACE(u"tableName: %s", tableName);
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(
-      this,
-      base::Format(u"select * from sqlite_master where type='table' and name='%s' COLLATE NOCASE limit 1",
-                   ncDocUtils::QuoteSql(tableName)),
-      rows, columns, result);
-  return rows != 0;
+  return ncQueryResult(this, base::Format(u"select * from sqlite_master where type='table' and name='%s' COLLATE "
+                                          u"NOCASE limit 1",
+                                          ncDocUtils::QuoteSql(tableName)))
+             .rows() != 0;
 }
 
 bool ncDBMgr::IsColumnExists(const String& tableName, const String& columnName) {
   NC_TRACE(u"tableName: %s, columnName: %s", tableName, columnName);
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(
-      this,
-      base::Format(u"select * from sqlite_master where name='%s' COLLATE NOCASE and sql like '%%%s%%' limit 1",
-                   ncDocUtils::QuoteSql(tableName), ncDocUtils::QuoteSql(columnName)),
-      rows, columns, result);
-  return rows != 0;
+  return ncQueryResult(this, base::Format(u"select * from sqlite_master where name='%s' COLLATE NOCASE and sql like "
+                                          u"'%%%s%%' limit 1",
+                                          ncDocUtils::QuoteSql(tableName), ncDocUtils::QuoteSql(columnName)))
+             .rows() != 0;
 }
 
 void ncDBMgr::BeginTransaction() {

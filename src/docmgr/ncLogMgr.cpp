@@ -1,9 +1,9 @@
 #include "docmgr/ncLogMgr.h"
 
-#include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncDBTransaction.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncQueryResult.h"
 
 using base::String;
 
@@ -22,8 +22,6 @@ const int kLogTrim = 25000;
 const char16_t kDeleteTriggerSql[] =
     u"create trigger if not exists %s after delete on %s begin update %s set logCount = logCount - 1 "
     u"where logType = old.logType; end";
-
-String Cell(char** result, int index) { return result[index] ? base::FromUtf8(result[index]) : String(); }
 
 // True for a stored trigger text whose body reads new.logType, whatever the spacing and case.
 bool ReadsNewLogType(const String& sql) {
@@ -71,14 +69,10 @@ void ncLogMgr::CreateStatTable() {
   dbMgr_->ExecuteSql(base::Format(u"create table if not exists %s ( logType int PRIMARY KEY, logCount int)", kStatTable));
   // Seeded only when a counter is missing: a database opened read-only already has them
   // all and takes no write.
-  int rows = 0, columns = 0;
-  char** result = nullptr;
   {
-    ncAutoGetTable table(dbMgr_.get(),
-                         base::Format(u"select count(*) from %s where logType >= 0 and logType < %d", kStatTable,
-                                      NC_SYNCLOG_COUNTED_TYPES),
-                         rows, columns, result);
-    if (rows > 0 && base::ToInt64(result[columns]) == NC_SYNCLOG_COUNTED_TYPES) return;
+    ncQueryResult seeded(dbMgr_.get(), base::Format(u"select count(*) from %s where logType >= 0 and logType < %d",
+                                                    kStatTable, NC_SYNCLOG_COUNTED_TYPES));
+    if (seeded.rows() > 0 && seeded.int64(0, 0) == NC_SYNCLOG_COUNTED_TYPES) return;
   }
   for (int logType = 0; logType < NC_SYNCLOG_COUNTED_TYPES; ++logType)
     dbMgr_->ExecuteSql(base::Format(u"insert or ignore into %s values ('%d', 0)", kStatTable, logType));
@@ -102,16 +96,10 @@ void ncLogMgr::CreateTrigger() {
 // "create trigger if not exists" leaves it in place, so it is replaced here, and the
 // counters, which it has not kept, are recounted from the entries. No entry is touched.
 void ncLogMgr::RepairDeleteTrigger() {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  String stored;
-  {
-    ncAutoGetTable table(
-        dbMgr_.get(),
-        base::Format(u"select sql from sqlite_master where type='trigger' and name='%s'", kDeleteTrigger), rows,
-        columns, result);
-    if (rows > 0) stored = Cell(result, columns);
-  }
+  const String stored =
+      ncQueryResult(dbMgr_.get(),
+                    base::Format(u"select sql from sqlite_master where type='trigger' and name='%s'", kDeleteTrigger))
+          .text(0, 0);
   if (!ReadsNewLogType(stored)) return;
   NC_TRACE(u"repairing %s: %s", kDeleteTrigger, stored);
   ncDBTransaction repair(*dbMgr_);
@@ -132,30 +120,24 @@ void ncLogMgr::RecordSyncLog(int logType, const ncSyncLogInfo& info) {
 }
 
 uint32_t ncLogMgr::CountVisible(int logType, const char16_t* tableInMessage) {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(dbMgr_.get(),
-                       base::Format(u"select count(*) from %s where logType = '%d' and visible = 1", kLogTable, logType),
-                       rows, columns, result);
-  if (rows == 0 || !result) NC_THROW(NC_ERR_DATABASE, u"Failed to get logCount from %s.", tableInMessage);
-  return static_cast<uint32_t>(base::ToInt64(result[columns]));
+  ncQueryResult count(
+      dbMgr_.get(), base::Format(u"select count(*) from %s where logType = '%d' and visible = 1", kLogTable, logType));
+  if (count.rows() == 0) NC_THROW(NC_ERR_DATABASE, u"Failed to get logCount from %s.", tableInMessage);
+  return static_cast<uint32_t>(count.int64(0, 0));
 }
 
 void ncLogMgr::ReadEntries(const String& sql, std::vector<ncSyncLogInfo>& out) {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(dbMgr_.get(), sql, rows, columns, result);
-  out.reserve(out.size() + rows);
-  for (int row = 1; row <= rows; ++row) {
-    char** cells = result + row * columns;
+  ncQueryResult entries(dbMgr_.get(), sql);
+  out.reserve(out.size() + entries.rows());
+  for (int row = 0; row < entries.rows(); ++row) {
     ncSyncLogInfo info;
-    info.id = base::ToInt64(cells[0]);
-    info.taskType = base::ToInt32(cells[1]);
-    info.relPath = Cell(cells, 2);
-    info.newName = Cell(cells, 3);
-    info.size = base::ToInt64(cells[4]);
-    info.time = base::ToInt64(cells[5]);
-    info.remark = Cell(cells, 6);
+    info.id = entries.int64(row, 0);
+    info.taskType = entries.int32(row, 1);
+    info.relPath = entries.text(row, 2);
+    info.newName = entries.text(row, 3);
+    info.size = entries.int64(row, 4);
+    info.time = entries.int64(row, 5);
+    info.remark = entries.text(row, 6);
     out.push_back(std::move(info));
   }
 }

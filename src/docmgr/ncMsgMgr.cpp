@@ -1,10 +1,8 @@
 #include "docmgr/ncMsgMgr.h"
 
-#include <cstring>
-
-#include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncQueryResult.h"
 
 using base::String;
 
@@ -12,24 +10,28 @@ namespace {
 
 const char16_t kMsgTable[] = u"tb_msg";
 
-String Text(const char* cell) { return cell ? base::FromUtf8(cell) : String(); }
-
 // Writes one cell of a tb_msg row into the field of the same name.
-typedef void (*FieldSetter)(ncMsgInfo& info, const char* cell);
+typedef void (*FieldSetter)(ncMsgInfo& info, const ncQueryResult& result, int row, int column);
 
-#define NC_MSG_TEXT(field) {#field, [](ncMsgInfo& info, const char* cell) { info.field = Text(cell); }}
-#define NC_MSG_INT32(field) {#field, [](ncMsgInfo& info, const char* cell) { info.field = base::ToInt32(cell); }}
-#define NC_MSG_INT64(field) {#field, [](ncMsgInfo& info, const char* cell) { info.field = base::ToInt64(cell); }}
+#define NC_MSG_FIELD(field, getter)                                                     \
+  {                                                                                     \
+    u"" #field, [](ncMsgInfo& info, const ncQueryResult& result, int row, int column) { \
+      info.field = result.getter(row, column);                                          \
+    }                                                                                   \
+  }
+#define NC_MSG_TEXT(field) NC_MSG_FIELD(field, text)
+#define NC_MSG_INT32(field) NC_MSG_FIELD(field, int32)
+#define NC_MSG_INT64(field) NC_MSG_FIELD(field, int64)
 
 const struct {
-  const char* column;
+  const char16_t* column;
   FieldSetter set;
 } kMsgColumns[] = {
     NC_MSG_TEXT(msgId),
     NC_MSG_TEXT(relPath),
     NC_MSG_TEXT(sender),
     NC_MSG_TEXT(recipient),
-    {"isDir", [](ncMsgInfo& info, const char* cell) { info.isDir = base::ToInt64(cell) != 0; }},
+    NC_MSG_FIELD(isDir, flag),
     NC_MSG_INT32(msgType),
     NC_MSG_INT32(accessorType),
     NC_MSG_INT32(csfLevel),
@@ -63,28 +65,26 @@ const struct {
 #undef NC_MSG_TEXT
 #undef NC_MSG_INT32
 #undef NC_MSG_INT64
+#undef NC_MSG_FIELD
 
-FieldSetter FindSetter(const char* column) {
-  if (!column) return nullptr;
+FieldSetter FindSetter(const String& column) {
   for (const auto& entry : kMsgColumns)
-    if (std::strcmp(entry.column, column) == 0) return entry.set;
+    if (column == entry.column) return entry.set;
   return nullptr;  // the row id, or a column this release does not know
 }
 
 // The rows of a "select *" on tb_msg, each column into the field of the same name, so
 // the order of the columns in an upgraded table does not matter.
 void ReadMessages(ncDBMgr* db, const String& sql, std::vector<ncMsgInfo>& out) {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(db, sql, rows, columns, result);
-  if (rows == 0) return;
-  std::vector<FieldSetter> setters(columns);
-  for (int column = 0; column < columns; ++column) setters[column] = FindSetter(result[column]);
-  out.reserve(out.size() + rows);
-  for (int row = 1; row <= rows; ++row) {
+  ncQueryResult messages(db, sql);
+  if (messages.rows() == 0) return;
+  std::vector<FieldSetter> setters(messages.columns());
+  for (int column = 0; column < messages.columns(); ++column) setters[column] = FindSetter(messages.columnName(column));
+  out.reserve(out.size() + messages.rows());
+  for (int row = 0; row < messages.rows(); ++row) {
     ncMsgInfo info;
-    for (int column = 0; column < columns; ++column)
-      if (setters[column]) setters[column](info, result[row * columns + column]);
+    for (int column = 0; column < messages.columns(); ++column)
+      if (setters[column]) setters[column](info, messages, row, column);
     out.push_back(std::move(info));
   }
 }
@@ -163,34 +163,23 @@ void ncMsgMgr::UpdateUnreadMsg(const std::vector<String>& msgIds) {
 }
 
 int32_t ncMsgMgr::GetUnreadMsgNum() {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(dbMgr_.get(), base::Format(u"select count(*) from %s where state = '%d'", kMsgTable, 0), rows,
-                       columns, result);
-  return rows > 0 ? base::ToInt32(result[columns]) : 0;
+  return ncQueryResult(dbMgr_.get(), base::Format(u"select count(*) from %s where state = '%d'", kMsgTable, 0))
+      .int32(0, 0);
 }
 
 int64_t ncMsgMgr::GetMaxStamp() {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(
-      dbMgr_.get(),
-      base::Format(u"select stamp from %s where stamp = ( select max(stamp) from %s)", kMsgTable, kMsgTable), rows,
-      columns, result);
-  return rows > 0 ? base::ToInt64(result[columns]) : 0;
+  return ncQueryResult(dbMgr_.get(), base::Format(u"select stamp from %s where stamp = ( select max(stamp) from %s)",
+                                                  kMsgTable, kMsgTable))
+      .int64(0, 0);
 }
 
 void ncMsgMgr::UpdateAndFilterMsg(const std::vector<ncMsgInfo>& msgs, std::vector<ncMsgInfo>& newMsgs) {
   NC_TRACE(u"this: 0x%p", this);
   for (const ncMsgInfo& m : msgs) {
     const String msgId = Q::QuoteSql(m.msgId);
-    int rows = 0, columns = 0;
-    char** result = nullptr;
-    {
-      ncAutoGetTable table(dbMgr_.get(), base::Format(u"select * from %s where msgId = '%s'", kMsgTable, msgId),
-                           rows, columns, result);
-    }
-    if (rows > 0) {
+    const bool known =
+        ncQueryResult(dbMgr_.get(), base::Format(u"select * from %s where msgId = '%s'", kMsgTable, msgId)).rows() > 0;
+    if (known) {
       dbMgr_->ExecuteSql(base::Format(
           u"update %s set stamp = '%I64d', state = '%d' ,duedate = '%I64d', remindcontent = '%s' where msgId = '%s'",
           kMsgTable, m.stamp, m.state, m.duedate, Q::QuoteSql(m.remindcontent), msgId));

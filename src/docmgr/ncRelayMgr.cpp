@@ -4,9 +4,9 @@
 #include <cstdint>
 
 #include "dataapi/ncJson.h"
-#include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncQueryResult.h"
 
 using base::String;
 
@@ -22,8 +22,7 @@ const char16_t kDownloadColumns[] =
     u"srcPath, destPath, docId, lastModified, otag, docType, typeName, viewType, viewName, mtime, size, attr, range, "
     u"direcMode, status, taskSrc, delSrc, ratios";
 
-String Text(const char* cell) { return cell ? base::FromUtf8(cell) : String(); }
-double DecodeRatio(const char* cell) { return static_cast<double>(base::ToInt64(cell)) / 10000.0; }
+double DecodeRatio(int64_t stored) { return static_cast<double>(stored) / 10000.0; }
 String Decimal(int64_t value) { return base::ToString(value); }
 
 using Q = ncDocUtils;
@@ -31,62 +30,60 @@ using Q = ncDocUtils;
 // --- rows ----------------------------------------------------------------------
 // A row in the column order of kUploadColumns or kDownloadColumns.
 
-void FromCells(char** c, ncUploadNonius& r) {
-  r.srcPath = Text(c[0]);
-  r.destPath = Text(c[1]);
-  r.docId = Text(c[2]);
-  r.md5 = Text(c[3]);
-  r.crc32 = Text(c[4]);
-  r.sliceMd5 = Text(c[5]);
-  r.uploadId = Text(c[6]);
-  r.lastModified = base::ToInt64(c[7]);
-  r.otag = Text(c[8]);
-  r.partSize = base::ToInt64(c[9]);
-  r.size = base::ToInt64(c[10]);
-  r.unUploadBlocks = Text(c[11]);
-  r.direcMode = base::ToInt64(c[12]) != 0;
-  r.status = base::ToInt32(c[13]);
-  r.taskSrc = base::ToInt32(c[14]);
-  r.onDup = base::ToInt32(c[15]);
-  r.delSrc = base::ToInt64(c[16]) != 0;
-  r.ratios = DecodeRatio(c[17]);
-  r.duration = base::ToInt64(c[18]);
-  r.csf = Text(c[19]);
+void FromRow(const ncQueryResult& result, int row, ncUploadNonius& r) {
+  r.srcPath = result.text(row, 0);
+  r.destPath = result.text(row, 1);
+  r.docId = result.text(row, 2);
+  r.md5 = result.text(row, 3);
+  r.crc32 = result.text(row, 4);
+  r.sliceMd5 = result.text(row, 5);
+  r.uploadId = result.text(row, 6);
+  r.lastModified = result.int64(row, 7);
+  r.otag = result.text(row, 8);
+  r.partSize = result.int64(row, 9);
+  r.size = result.int64(row, 10);
+  r.unUploadBlocks = result.text(row, 11);
+  r.direcMode = result.flag(row, 12);
+  r.status = result.int32(row, 13);
+  r.taskSrc = result.int32(row, 14);
+  r.onDup = result.int32(row, 15);
+  r.delSrc = result.flag(row, 16);
+  r.ratios = DecodeRatio(result.int64(row, 17));
+  r.duration = result.int64(row, 18);
+  r.csf = result.text(row, 19);
 }
 
-void FromCells(char** c, ncDownloadNonius& r) {
-  r.srcPath = Text(c[0]);
-  r.destPath = Text(c[1]);
-  r.docId = Text(c[2]);
-  r.lastModified = base::ToInt64(c[3]);
-  r.otag = Text(c[4]);
-  r.docType = base::ToInt32(c[5]);
-  r.typeName = Text(c[6]);
-  r.viewType = base::ToInt32(c[7]);
-  r.viewName = Text(c[8]);
-  r.mtime = base::ToInt64(c[9]);
-  r.size = base::ToInt64(c[10]);
-  r.attr = base::ToInt32(c[11]);
-  r.range = base::ToInt64(c[12]);
-  r.direcMode = base::ToInt64(c[13]) != 0;
-  r.status = base::ToInt32(c[14]);
-  r.taskSrc = base::ToInt32(c[15]);
-  r.delSrc = base::ToInt64(c[16]) != 0;
-  r.ratios = DecodeRatio(c[17]);
+void FromRow(const ncQueryResult& result, int row, ncDownloadNonius& r) {
+  r.srcPath = result.text(row, 0);
+  r.destPath = result.text(row, 1);
+  r.docId = result.text(row, 2);
+  r.lastModified = result.int64(row, 3);
+  r.otag = result.text(row, 4);
+  r.docType = result.int32(row, 5);
+  r.typeName = result.text(row, 6);
+  r.viewType = result.int32(row, 7);
+  r.viewName = result.text(row, 8);
+  r.mtime = result.int64(row, 9);
+  r.size = result.int64(row, 10);
+  r.attr = result.int32(row, 11);
+  r.range = result.int64(row, 12);
+  r.direcMode = result.flag(row, 13);
+  r.status = result.int32(row, 14);
+  r.taskSrc = result.int32(row, 15);
+  r.delSrc = result.flag(row, 16);
+  r.ratios = DecodeRatio(result.int64(row, 17));
 }
 
 // Appends the rows sql selects; false when it selects none.
 template <typename Row>
 bool ReadRows(ncDBMgr* db, const String& sql, std::vector<Row>& list) {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(db, sql, rows, columns, result);
-  for (int row = 1; row <= rows; ++row) {
+  ncQueryResult result(db, sql);
+  for (int row = 0; row < result.rows(); ++row) {
     Row r;
-    FromCells(result + row * columns, r);
+    FromRow(result, row, r);
     list.push_back(std::move(r));
   }
-  return rows > 0;
+  return result.rows() > 0;
 }
 
 // The transfer recorded for a source path; false, and info as it was, when there is none.
@@ -217,13 +214,9 @@ bool ncRelayMgr::GetUploadNoniusByPath(const String& path, ncUploadNonius& info)
 
 bool ncRelayMgr::HasUploadNoniusWithPath(const String& path) {
   NC_TRACE(u"absPath: %s", path);
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(dbMgr_.get(),
-                       base::Format(u"select uploadId from %s where srcPath='%s' limit 1", kUploadTable,
-                                    Q::QuoteSql(path)),
-                       rows, columns, result);
-  return rows > 0;
+  return ncQueryResult(dbMgr_.get(), base::Format(u"select uploadId from %s where srcPath='%s' limit 1", kUploadTable,
+                                                  Q::QuoteSql(path)))
+             .rows() > 0;
 }
 
 bool ncRelayMgr::ListUploadNonius(std::vector<ncUploadNonius>& list, bool all) {

@@ -6,12 +6,12 @@
 
 #include "base/File.h"
 #include "base/Path.h"
-#include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncCacheMgr.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncLogMgr.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncMsgMgr.h"
+#include "docmgr/ncQueryResult.h"
 #include "docmgr/ncRelayMgr.h"
 #include "docmgr/nsCOMPtr.h"
 
@@ -24,15 +24,10 @@ namespace {
 using Rows = std::vector<std::vector<String>>;
 
 Rows Select(ncDBMgr* db, const String& sql) {
-  int rowCount = 0, columnCount = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(db, sql, rowCount, columnCount, result);
-  Rows rows(rowCount);
-  for (int row = 0; row < rowCount; ++row)
-    for (int column = 0; column < columnCount; ++column) {
-      const char* cell = result[(row + 1) * columnCount + column];
-      rows[row].push_back(cell ? base::FromUtf8(cell) : String());
-    }
+  ncQueryResult result(db, sql);
+  Rows rows(result.rows());
+  for (int row = 0; row < result.rows(); ++row)
+    for (int column = 0; column < result.columns(); ++column) rows[row].push_back(result.text(row, column));
   return rows;
 }
 

@@ -5,11 +5,11 @@
 #include "base/Directory.h"
 #include "base/File.h"
 #include "base/Path.h"
-#include "docmgr/ncAutoGetTable.h"
 #include "docmgr/ncCacheMgr.h"
 #include "docmgr/ncDocUtils.h"
 #include "docmgr/ncFileMgr.h"
 #include "docmgr/ncModuleAllocator.h"
+#include "docmgr/ncQueryResult.h"
 #include "docmgr/ncSchemaReconciler.h"
 
 using base::String;
@@ -61,12 +61,9 @@ String DataFile(const ncUpgradeContext& context, const char16_t* name) {
 
 // The first column of every row of a query.
 std::vector<String> Column(ncDBMgr* db, const String& sql) {
-  int rows = 0, columns = 0;
-  char** result = nullptr;
-  ncAutoGetTable table(db, sql, rows, columns, result);
+  ncQueryResult result(db, sql);
   std::vector<String> values;
-  for (int row = 1; row <= rows; ++row)
-    values.push_back(result[row * columns] ? base::FromUtf8(result[row * columns]) : String());
+  for (int row = 0; row < result.rows(); ++row) values.push_back(result.text(row, 0));
   return values;
 }
 
