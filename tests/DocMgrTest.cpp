@@ -191,46 +191,35 @@ TEST(DocMgrRootsTest, EachRootHasItsOwnManagersAndStoresAndTheTagManagerIsShared
   docMgr->Close();
 }
 
-TEST(DocMgrRootsTest, RemovingARootClosesItsStoresAndThePathManagerTheCallerHoldsStillWorks) {
-  ModuleRoots roots;
-  ncIDocMgr* docMgr = roots.docMgr.get();
-  const String& local = roots.local;
-  nsCOMPtr<ncIRelayMgr> localRelay = Adopt(docMgr->GetRelayMgr(local));
-  nsCOMPtr<ncIPathMgr> localPaths = Adopt(docMgr->GetPathMgr(local));
-  ASSERT_TRUE(localRelay && localPaths);
-  docMgr->RemoveLocalSync(local);
-  EXPECT_FALSE(docMgr->GetCacheMgr(local) || docMgr->GetFileMgr(local) || docMgr->GetRelayMgr(local) ||
-               docMgr->GetPathMgr(local));
-  ncDownloadNonius found;
-  EXPECT_THROW_CODE(localRelay->GetDownloadNoniusByPath(local + u"/a.txt", found), 1);
-  EXPECT_EQ(u"local\\x", localPaths->GetRelativePath(roots.dir.child("local/x")));
-
-  nsCOMPtr<ncIRelayMgr> mainRelay = Adopt(docMgr->GetRelayMgr(u""));
-  docMgr->Close();
-  EXPECT_THROW_CODE(mainRelay->HasUploadNoniusWithPath(u"/x"), 1);
-}
-
-// Closing and releasing everything, a database wrapper made for the caller included, leaves
+// Removing a root closes its stores while a path manager the caller holds still works;
+// closing and releasing everything, a database wrapper made for the caller included, leaves
 // no object of the module alive.
-TEST(DocMgrRootsTest, NothingStaysAliveOnceEverythingIsClosedAndReleased) {
+TEST(DocMgrRootsTest, RemovedRootsAndClosingReleaseEverythingTheCallerDoesNotHold) {
   base::ncModulePool* pool = base::ncModulePool::getInstance();
   const size_t before = pool->liveObjects();
   {
     ModuleRoots roots;
     ncIDocMgr* docMgr = roots.docMgr.get();
-    nsCOMPtr<ncICacheMgr> localCache = Adopt(docMgr->GetCacheMgr(roots.local));
-    nsCOMPtr<ncIPathMgr> localPaths = Adopt(docMgr->GetPathMgr(roots.local));
-    nsCOMPtr<ncIFileMgr> files = Adopt(docMgr->GetFileMgr(u""));
+    const String& local = roots.local;
+    nsCOMPtr<ncIRelayMgr> localRelay = Adopt(docMgr->GetRelayMgr(local)), mainRelay = Adopt(docMgr->GetRelayMgr(u""));
+    nsCOMPtr<ncIPathMgr> localPaths = Adopt(docMgr->GetPathMgr(local));
+    ASSERT_TRUE(localRelay && localPaths && mainRelay);
     EXPECT_GT(pool->liveObjects(), before);
-    EXPECT_GT(pool->liveObjects("ncPathMgr"), 0u);
     const size_t storeWrappers = pool->liveObjects("ncDBMgr");  // one per open store
     ncIDBMgr* scratch = docMgr->CreateDBMgr();
     EXPECT_EQ(storeWrappers + 1, pool->liveObjects("ncDBMgr"));
     scratch->Open(roots.dir.child("scratch.db"));
     scratch->ExecuteSql(u"create table t (x int)");
     EXPECT_TRUE(scratch->IsTableExists(u"t"));
-    docMgr->RemoveLocalSync(roots.local);
+
+    docMgr->RemoveLocalSync(local);
+    EXPECT_FALSE(docMgr->GetCacheMgr(local) || docMgr->GetFileMgr(local) || docMgr->GetRelayMgr(local) ||
+                 docMgr->GetPathMgr(local));
+    ncDownloadNonius found;
+    EXPECT_THROW_CODE(localRelay->GetDownloadNoniusByPath(local + u"/a.txt", found), 1);
+    EXPECT_EQ(u"local\\x", localPaths->GetRelativePath(roots.dir.child("local/x")));
     docMgr->Close();
+    EXPECT_THROW_CODE(mainRelay->HasUploadNoniusWithPath(u"/x"), 1);
   }
   EXPECT_EQ(before, pool->liveObjects()) << "live: " << pool->liveObjects();
 }
