@@ -40,14 +40,9 @@ class DocMgrTest : public ::testing::Test {
 
 TEST_F(DocMgrTest, InitCreatesBothDataDirectoriesCustomisesTopFoldersAndKeepsTheJournalsUnderTheSecondRoot) {
   for (const char* folder : {"/root", "/logs", "/root/Mine", "/root/Org"}) test::MakeDir(dir.path() + folder);
-  std::vector<ncTopFolderInfo> folders(3);
-  folders[0].name = u"Mine";
-  folders[0].docType = 1;
-  folders[1].name = u"Org";
-  folders[1].docType = 4;
-  folders[1].typeName = u"Sales";
-  folders[2].name = u"Absent";
-  folders[2].docType = 2;
+  // name, typeName, docId, docType, viewType
+  const std::vector<ncTopFolderInfo> folders = {
+      {u"Mine", u"", u"", 1, 0}, {u"Org", u"Sales", u"", 4, 0}, {u"Absent", u"", u"", 2, 0}};
   docMgr->Init(dir.child("root"), dir.child("logs"), folders, true, u"alice");
   for (const char* data : {"/root/.kestrove.cache", "/logs/.kestrove.cache"}) {
     const String path = base::FromUtf8(dir.path() + data);
@@ -60,32 +55,12 @@ TEST_F(DocMgrTest, InitCreatesBothDataDirectoriesCustomisesTopFoldersAndKeepsThe
   EXPECT_EQ("5-Organization Documents-Sales", test::FolderDisplayText(dir.path() + "/root/Org"));
   EXPECT_FALSE(test::Exists(dir.path() + "/root/Absent"));
 
-  // The journals live under the second root and persist.
-  const String upload = dir.child("root/O'Brien 100% 报告.docx");
-  ncSyncLogInfo entry;
-  entry.relPath = u"O'Brien 100% 报告.docx";
-  Adopt(docMgr->GetLogMgr())->RecordSyncLog(1, entry);
-  ncMsgInfo message;
-  message.msgId = u"m1";
-  Adopt(docMgr->GetMsgMgr())->RecordMsg({message});
-  ncUploadNonius record;
-  record.srcPath = upload;
-  Adopt(docMgr->GetRelayMgr(u""))->UpdateUploadNonius(record);
+  // The journals live under the second root, the transfer records under the first.
   docMgr->Close();
   for (const char* file :
        {"/logs/.kestrove.cache/log.db", "/logs/.kestrove.cache/msg.db", "/root/.kestrove.cache/nonius.db"})
     EXPECT_TRUE(test::Exists(dir.path() + file)) << file;
   EXPECT_FALSE(test::Exists(dir.path() + "/root/.kestrove.cache/log.db"));
-
-  docMgr = nsCOMPtr<ncIDocMgr>(new ncDocMgr);
-  docMgr->Init(dir.child("root"), dir.child("logs"), {}, false, u"tester");
-  std::vector<ncSyncLogInfo> entries;
-  uint32_t total = 0;
-  Adopt(docMgr->GetLogMgr())->GetSyncLogById(1, entries, 0, total);
-  ASSERT_EQ(1u, entries.size());
-  EXPECT_EQ(u"O'Brien 100% 报告.docx", entries[0].relPath);
-  EXPECT_EQ(1, Adopt(docMgr->GetMsgMgr())->GetUnreadMsgNum());
-  EXPECT_TRUE(Adopt(docMgr->GetRelayMgr(u""))->HasUploadNoniusWithPath(upload));
 }
 
 TEST_F(DocMgrTest, CloseBeforeInitAndInvalidRootsFailBeforeAnythingIsCreated) {
