@@ -70,23 +70,22 @@ nsCOMPtr<ncDBMgr> OpenStore(const std::string& path) {
   return db;
 }
 
+template <typename Store, typename... Options>
+void CreateStore(const String& path, Options... options) {
+  nsCOMPtr<Store> store(NC_NEW(Store));
+  store->Init(path, options...);
+  store->Close();
+}
+
 // The stores of a root as the current release creates them.
 std::string FreshDataDir(const test::TempDir& dir) {
   const std::string data = dir.path() + "/fresh";
   test::MakeDir(data);
   const String path = base::FromUtf8(data);
-  nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
-  cache->Init(path + u"/cache.db", false);
-  cache->Close();
-  nsCOMPtr<ncRelayMgr> relay(NC_NEW(ncRelayMgr));
-  relay->Init(path + u"/nonius.db");
-  relay->Close();
-  nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
-  log->Init(path + u"/log.db");
-  log->Close();
-  nsCOMPtr<ncMsgMgr> msg(NC_NEW(ncMsgMgr));
-  msg->Init(path + u"/msg.db");
-  msg->Close();
+  CreateStore<ncCacheMgr>(path + u"/cache.db", false);
+  CreateStore<ncRelayMgr>(path + u"/nonius.db");
+  CreateStore<ncLogMgr>(path + u"/log.db");
+  CreateStore<ncMsgMgr>(path + u"/msg.db");
   return data;
 }
 
