@@ -75,7 +75,7 @@ TEST_F(ADSMgrTest, TagsRoundTripInTheirStreamEncodingsOnFilesAndFolders) {
   }
 }
 
-TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirstLongIdsAreCutAndAbsentTagsAreQuiet) {
+TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirstAndAbsentTagsAreQuiet) {
   const String wide = base::FromUtf8(file);
   EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(u"", u"not an id"), 2, u"Path () is INVALID.");
   EXPECT_THROW_CODE_MESSAGE(adsMgr->SetDocIdInfo(wide, u"not an id"), 2, u"Gns (not an id) is INVALID.");
@@ -91,13 +91,6 @@ TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirstLongIdsAreCutAndAbsentTagsAreQu
   int64_t vrType = 0;
   EXPECT_TRUE(adsMgr->GetVrTypeInfo(wide, vrType));
   EXPECT_EQ(9, vrType);
-
-  // Long ids read back cut to 1023 units.
-  const String id = u"gns://" + String(1100, u'7');
-  adsMgr->SetDocIdInfo(wide, id);
-  String read;
-  EXPECT_TRUE(adsMgr->GetDocIdInfo(wide, read));
-  EXPECT_EQ(id.substr(0, 1023), read);
 
   // Absent tags and vanished items are quiet.
   const String gone = dir.child("gone.txt");

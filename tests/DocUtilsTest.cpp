@@ -32,15 +32,12 @@ TEST(DocUtilsTest, AncestorsExtensionsAndReplacement) {
 
   EXPECT_EQ(u"a-bXc", ncDocUtils::ReplaceStr(u"aXbXc", u"X", u"-", false));
   EXPECT_EQ(u"a-b-c", ncDocUtils::ReplaceStr(u"aXbXc", u"X", u"-", true));
-  EXPECT_EQ(u"", ncDocUtils::ReplaceStr(u"", u"X", u"-", true));
-  EXPECT_EQ(u"-", ncDocUtils::ReplaceStr(u"X", u"X", u"-", true));
 
   // The first components of a relative path, or nothing when it has fewer.
   EXPECT_EQ(u"a\\b", ncDocUtils::GetRelPathByDepth(u"a\\b\\c", 2));
   EXPECT_EQ(u"a\\b", ncDocUtils::GetRelPathByDepth(u"a\\b", 2));
   EXPECT_EQ(u"", ncDocUtils::GetRelPathByDepth(u"a", 2));
   EXPECT_EQ(u"a", ncDocUtils::GetRelPathByDepth(u"a\\b\\c", 1));
-  EXPECT_EQ(u"", ncDocUtils::GetRelPathByDepth(u"a\\b", 0));
 }
 
 TEST(DocUtilsTest, AcronymOfLevelOneLevelTwoAndLatinKeysAndMarking) {

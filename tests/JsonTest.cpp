@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
 #include <string>
 
 #include "TestSupport.h"
@@ -140,41 +139,6 @@ TEST(JsonTest, TruncatedTextStopsAtItsEnd) {
       EXPECT_EQ(JSON::ParseError, e.getCode()) << prefix;
       EXPECT_NE(base::String::npos, e.getMessage().find(base::Format(u"Parse error: pos=%u.", size))) << prefix;
     }
-  }
-}
-
-// Random damage: the reader either accepts the text or raises its own exception, and
-// whatever it accepts the writer writes back to a text that reads the same.
-TEST(JsonTest, DamagedTextIsReadOrRefused) {
-  std::mt19937 random(20240611);
-  const char alphabet[] = "[]{}\",:\\u0123456789abcdefABCDEF-+.eEtrunlsx \t\n\b\x80\xE4\xFF";
-  for (int round = 0; round < 20000; ++round) {
-    std::string text = kDocuments[round % 3];
-    const int edits = 1 + static_cast<int>(random() % 4);
-    for (int i = 0; i < edits && !text.empty(); ++i) {
-      const size_t at = random() % text.size();
-      switch (random() % 3) {
-        case 0: text[at] = alphabet[random() % (sizeof alphabet - 1)]; break;
-        case 1: text.erase(at, 1 + random() % 3); break;
-        default: text.resize(at); break;
-      }
-    }
-    Value value;
-    try {
-      value = Value::parse(text);
-    } catch (const base::Exception& e) {
-      EXPECT_EQ(u"JSON", e.getProvider()) << text;
-      EXPECT_TRUE(e.getCode() == JSON::ParseError || e.getCode() == JSON::DecodeError) << text;
-      continue;
-    }
-    std::string written;
-    try {
-      written = value.to_string();
-    } catch (const base::Exception& e) {
-      EXPECT_EQ(JSON::FormatError, e.getCode()) << text;  // a number too large for a double
-      continue;
-    }
-    EXPECT_EQ(written, Value::parse(written).to_string()) << text;
   }
 }
 

@@ -18,7 +18,6 @@
 #include "docmgr/ncFileMgr.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncPathMgr.h"
-#include "docmgr/ncRelayMgr.h"
 #include "platform/ncPlatform.h"
 #include "docmgr/nsCOMPtr.h"
 
@@ -124,27 +123,6 @@ TEST_F(LosslessNamesTest, NamesThatDifferOnlyInInvalidUnitsKeepTheirOwnRowsAndTa
   std::string raw;
   ASSERT_TRUE(test::GetXattr(dir_.path() + "/a\xFF.txt", "user.kestrove.docId", raw));
   EXPECT_EQ(std::string("g\0n\0s\0:\0/\0/\0R\0/\0" "1\0", 18), raw);
-}
-
-TEST_F(LosslessNamesTest, UploadRecordsWhosePathsDifferOnlyInLoneSurrogatesStayTwo) {
-  nsCOMPtr<ncRelayMgr> relay(NC_NEW(ncRelayMgr));
-  relay->Init(dir_.child("nonius.db"));
-  const String paths[] = {Absolute(u"x" + kLoneHigh), Absolute(u"x" + kLoneLow), Absolute(u"x\xDC80")};
-  for (const String& path : paths) {
-    ncUploadNonius record;
-    record.srcPath = path;
-    record.destPath = path + u"-dest";
-    relay->UpdateUploadNonius(record);
-  }
-  std::vector<ncUploadNonius> stored;
-  ASSERT_TRUE(relay->ListUploadNonius(stored, true));
-  EXPECT_EQ(3u, stored.size());
-  for (const String& path : paths) {
-    ncUploadNonius read;
-    ASSERT_TRUE(relay->GetUploadNoniusByPath(path, read));
-    EXPECT_EQ(path + u"-dest", read.destPath);
-  }
-  relay->Close();
 }
 
 TEST_F(LosslessNamesTest, FileOperationsReachTheItemWithThoseExactBytes) {

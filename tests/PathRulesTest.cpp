@@ -61,6 +61,14 @@ class PathRulesTest : public ::testing::Test {
     pathMgr->SetUserName(u"alice");
   }
   String at(const std::string& name) const { return dir.child(name); }
+  // "temp,backup,copy,transfer,conflict" as recognised (1) or not (0).
+  std::string Kinds(const String& path) const {
+    std::string kinds;
+    for (bool kind : {pathMgr->IsTempPath(path), pathMgr->IsBackupPath(path), pathMgr->IsCopyPath(path),
+                      pathMgr->IsTransferUnsyncPath(path), pathMgr->IsConflictPath(path)})
+      kinds += kind ? '1' : '0';
+    return kinds;
+  }
 
   test::TempDir dir;
   nsCOMPtr<ncPathMgr> pathMgr;
@@ -104,42 +112,33 @@ TEST_F(PathRulesTest, EachIgnoreRuleAndTheCadTemporariesMatchAndTheirNearMissesD
   EXPECT_FALSE(pathMgr->IsCadTempPath(at("9" + prefix.substr(1) + "ABCDEF123456.prt")));
 }
 
-TEST_F(PathRulesTest, DerivedNamesAreSiblingsOfTheirSourceAndRecognisedOnlyAsTheirOwnKind) {
+TEST_F(PathRulesTest, DerivedNamesAreSiblingsInTheirFormatsAndRecognisedOnlyAsTheirOwnKind) {
   const String source = at("sub/Quarterly report.docx");
   const String docId = u"gns://0A1B/C2D3E4F5";
   const struct {
-    const char* kind;
+    const char* kinds;
     String derived;
   } names[] = {
-      {"temp", pathMgr->GetContainDocIdTempPathName(source, docId)},
-      {"guid temp", pathMgr->GetGuidTempPathName(source)},
-      {"backup", pathMgr->GetBackupPathContainDocId(source, docId)},
-      {"copy", pathMgr->GetCopyPath(source)},
-      {"transfer", pathMgr->GetTransferUnsyncPath(source)},
-      {"conflict", pathMgr->GetConflictPath(source)},
+      {"10000", pathMgr->GetContainDocIdTempPathName(source, docId)},
+      {"10000", pathMgr->GetGuidTempPathName(source)},
+      {"01000", pathMgr->GetBackupPathContainDocId(source, docId)},
+      {"00100", pathMgr->GetCopyPath(source)},
+      {"00010", pathMgr->GetTransferUnsyncPath(source)},
+      {"00001", pathMgr->GetConflictPath(source)},
   };
   for (const auto& n : names) {
-    SCOPED_TRACE(n.kind);
+    SCOPED_TRACE(base::ToUtf8(n.derived));
     EXPECT_EQ(base::Path::getDirectoryName(source), base::Path::getDirectoryName(n.derived));
     EXPECT_EQ(u'.', base::Path::getFileName(n.derived)[0]);
-    const std::string kind = n.kind;
-    EXPECT_EQ(kind == "temp" || kind == "guid temp", pathMgr->IsTempPath(n.derived));
-    EXPECT_EQ(kind == "backup", pathMgr->IsBackupPath(n.derived));
-    EXPECT_EQ(kind == "copy", pathMgr->IsCopyPath(n.derived));
-    EXPECT_EQ(kind == "transfer", pathMgr->IsTransferUnsyncPath(n.derived));
-    EXPECT_EQ(kind == "conflict", pathMgr->IsConflictPath(n.derived));
+    EXPECT_EQ(n.kinds, Kinds(n.derived));
   }
   // The document's own id component makes two documents' temporaries differ.
   EXPECT_NE(String::npos, names[0].derived.find(u"C2D3E4F5"));
   EXPECT_NE(names[0].derived, pathMgr->GetContainDocIdTempPathName(source, u"gns://0A1B/99"));
   // User files that merely end like a working name are not taken for one.
-  for (const char* name : {"notes.kestrove.temp", "notes.kestrove.copy", ".kestrove.tu", "x.kestrove.conflict"}) {
-    EXPECT_FALSE(pathMgr->IsTempPath(at(name))) << name;
-    EXPECT_FALSE(pathMgr->IsCopyPath(at(name))) << name;
-    EXPECT_FALSE(pathMgr->IsTransferUnsyncPath(at(name))) << name;
-    EXPECT_FALSE(pathMgr->IsConflictPath(at(name))) << name;
-  }
-  EXPECT_FALSE(pathMgr->IsBackupPath(source));
+  for (const char* name : {"notes.kestrove.temp", "notes.kestrove.copy", ".kestrove.tu", "x.kestrove.conflict"})
+    EXPECT_EQ("00000", Kinds(at(name))) << name;
+  EXPECT_EQ("00000", Kinds(source));
 
   // Siblings share the folder but not the name.
   EXPECT_TRUE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/b.txt")));
@@ -147,13 +146,11 @@ TEST_F(PathRulesTest, DerivedNamesAreSiblingsOfTheirSourceAndRecognisedOnlyAsThe
   EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/A.TXT")));
   EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/e/b.txt")));
   EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("dd/a.txt")));
-}
 
-TEST_F(PathRulesTest, GuidAndConflictNamesHaveTheirFormats) {
+  // Two GUID names differ; only the third group of the GUID is printed in lower case.
   const String first = base::Path::getFileName(pathMgr->GetGuidTempPathName(at("a.txt")));
   const String second = base::Path::getFileName(pathMgr->GetGuidTempPathName(at("a.txt")));
   EXPECT_NE(first, second);
-  // Only the third group of the GUID is printed in lower case.
   EXPECT_TRUE(std::regex_match(base::ToUtf8(first),
                                std::regex(R"(\.a\.txt\.[0-9A-F]{12}[0-9a-f]{4}[0-9A-F]{16}\.kestrove\.temp)")))
       << base::ToUtf8(first);
@@ -198,20 +195,20 @@ TEST_F(PathRulesTest, SystemHeldEntriesAtTheRootOfADriveOrMountAndSystemHiddenNe
   // System-hidden needs both attributes (kept beside the streams on POSIX).
   if (test::kPosixBackend && !test::SupportsStreams(dir.path()))
     GTEST_SKIP() << test::kNoStreamsReason << dir.path();
-  test::WriteFile(dir.path() + "/both", "");
-  test::WriteFile(dir.path() + "/hidden", "");
-  test::WriteFile(dir.path() + "/system", "");
-  ASSERT_TRUE(platform::SetFileAttributes(at("both"), platform::kAttrHidden | platform::kAttrSystem));
-  ASSERT_TRUE(platform::SetFileAttributes(at("hidden"), platform::kAttrHidden));
-  ASSERT_TRUE(platform::SetFileAttributes(at("system"), platform::kAttrSystem));
-  EXPECT_TRUE(pathMgr->IsSystemHiddenPath(at("both")));
-  EXPECT_FALSE(pathMgr->IsSystemHiddenPath(at("hidden")));
-  EXPECT_FALSE(pathMgr->IsSystemHiddenPath(at("system")));
+  const struct {
+    const char* name;
+    uint32_t attributes;
+    bool systemHidden;
+  } files[] = {{"both", platform::kAttrHidden | platform::kAttrSystem, true},
+               {"hidden", platform::kAttrHidden, false},
+               {"system", platform::kAttrSystem, false},
+               {".dot", platform::kAttrSystem, true}};  // a dot name is hidden by itself
+  for (const auto& f : files) {
+    test::WriteFile(dir.path() + "/" + f.name, "");
+    ASSERT_TRUE(platform::SetFileAttributes(at(f.name), f.attributes));
+    EXPECT_EQ(f.systemHidden, pathMgr->IsSystemHiddenPath(at(f.name))) << f.name;
+  }
   EXPECT_FALSE(pathMgr->IsSystemHiddenPath(at("missing")));
-  // A dot name is hidden by itself; with the system bit it is system-hidden.
-  test::WriteFile(dir.path() + "/.dot", "");
-  ASSERT_TRUE(platform::SetFileAttributes(at(".dot"), platform::kAttrSystem));
-  EXPECT_TRUE(pathMgr->IsSystemHiddenPath(at(".dot")));
 }
 
 TEST_F(PathRulesTest, InvalidAndOutsidePathsThrowBeforeAnyTest) {

@@ -3,13 +3,12 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <chrono>
-#include <thread>
-
 #include "TestSupport.h"
 #include "UpgradeTestSupport.h"
 #include "docmgr/ncConfigDBInfo.h"
+#include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrLibrary.h"
+#include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncUpgradeMgr.h"
 
 using base::String;
@@ -95,13 +94,10 @@ TEST(UpgradeMgrTest, MovedJournalKeepsWhatWasStillInItsWriteAheadLog) {
   upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
   upgrade->Close();
   EXPECT_FALSE(test::Exists(data + "log.db-wal"));
-  ASSERT_EQ(SQLITE_OK, sqlite3_open((dir.path() + "/logs/.kestrove.cache/log.db").c_str(), &db));
-  sqlite3_stmt* count = nullptr;
-  ASSERT_EQ(SQLITE_OK, sqlite3_prepare_v2(db, "select count(*) from t", -1, &count, nullptr));
-  ASSERT_EQ(SQLITE_ROW, sqlite3_step(count));
-  EXPECT_EQ(3, sqlite3_column_int(count, 0));
-  sqlite3_finalize(count);
-  sqlite3_close(db);
+  nsCOMPtr<ncDBMgr> moved(NC_NEW(ncDBMgr));
+  moved->Open(dir.child("logs/.kestrove.cache/log.db"));
+  EXPECT_EQ((test::Rows{{"3"}}), test::Query(moved.get(), "select count(*) from t"));
+  moved->Close();
 }
 
 TEST(UpgradeMgrTest, OnlyLayoutsOneAndTwoConvertAndOnlyAConversionIsRecorded) {
