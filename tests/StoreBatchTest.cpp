@@ -89,12 +89,6 @@ TEST_F(CacheBatchTest, ThousandsOfUpdatesBecomeVisibleTogetherAtCommit) {
   EXPECT_EQ(0, CommittedRows());
   batch_->CommitBatch();
   EXPECT_EQ(count, CommittedRows());
-
-  // Closed and opened again, every row is there.
-  cache_->Close();
-  Open();
-  EXPECT_TRUE(cache_->GetInfoByPath(FilePath(0), read));
-  EXPECT_EQ(u"gns://BATCH/0", read.id);
 }
 
 TEST_F(CacheBatchTest, ARollbackAfterAFailedStatementDropsTheWholeBatch) {
@@ -190,18 +184,15 @@ TEST(LogBatchTest, EntriesAndTheirCounterCommitTogetherOrNotAtAll) {
   ncSyncLogInfo entry;
   entry.relPath = u"O'Brien\\report.docx";
 
-  batch->BeginBatch();
-  for (int n = 0; n < 3000; ++n) log->RecordSyncLog(1, entry);
-  batch->RollbackBatch();
-  EXPECT_EQ(0, Number(file, "select count(*) from tb_synclog"));
-  EXPECT_EQ(0, Number(file, "select logCount from tb_logstat where logType = 1"));
-
-  batch->BeginBatch();
-  for (int n = 0; n < 3000; ++n) log->RecordSyncLog(1, entry);
-  EXPECT_EQ(0, Number(file, "select count(*) from tb_synclog"));
-  batch->CommitBatch();
-  EXPECT_EQ(3000, Number(file, "select count(*) from tb_synclog"));
-  EXPECT_EQ(3000, Number(file, "select logCount from tb_logstat where logType = 1"));
+  for (bool commit : {false, true}) {
+    batch->BeginBatch();
+    for (int n = 0; n < 3000; ++n) log->RecordSyncLog(1, entry);
+    EXPECT_EQ(0, Number(file, "select count(*) from tb_synclog"));
+    commit ? batch->CommitBatch() : batch->RollbackBatch();
+    const int expected = commit ? 3000 : 0;
+    EXPECT_EQ(expected, Number(file, "select count(*) from tb_synclog"));
+    EXPECT_EQ(expected, Number(file, "select logCount from tb_logstat where logType = 1"));
+  }
   log->Close();
 }
 
@@ -220,15 +211,13 @@ void ExpectBatchReachableThrough(nsHostLoader& host) {
     EXPECT_EQ(do_QueryInterface<nsISupports>(cache.get()).get(), do_QueryInterface<nsISupports>(batch.get()).get());
     EXPECT_EQ(cache.get(), do_QueryInterface<ncICacheMgr>(batch.get()).get());
 
-    batch->BeginBatch();
-    cache->Update(u"dropped.txt", File(1));
-    batch->RollbackBatch();
-    batch->BeginBatch();
-    cache->Update(u"kept.txt", File(2));
-    batch->CommitBatch();
-    ncCacheInfo read;
-    EXPECT_FALSE(cache->GetInfoByPath(u"dropped.txt", read));
-    EXPECT_TRUE(cache->GetInfoByPath(u"kept.txt", read));
+    for (bool commit : {false, true}) {
+      batch->BeginBatch();
+      cache->Update(u"doc.txt", File(1));
+      commit ? batch->CommitBatch() : batch->RollbackBatch();
+      ncCacheInfo read;
+      EXPECT_EQ(commit, cache->GetInfoByPath(u"doc.txt", read));
+    }
 
     nsCOMPtr<ncILogMgr> log = nsCOMPtr<ncILogMgr>::adopt(docMgr->GetLogMgr());
     nsCOMPtr<ncIStoreBatch> logBatch = do_QueryInterface<ncIStoreBatch>(log.get());
@@ -239,16 +228,14 @@ void ExpectBatchReachableThrough(nsHostLoader& host) {
   docMgr->Close();
 }
 
-TEST(StoreBatchQueryTest, ReachedFromTheManagersOfTheLinkedModule) {
-  nsHostLoader host;
-  ASSERT_EQ(NS_OK, host.addModule(NSGetModule, "in-process"));
-  ExpectBatchReachableThrough(host);
-}
-
-TEST(StoreBatchQueryTest, ReachedFromTheManagersOfTheModuleFile) {
-  nsHostLoader host;
-  ASSERT_EQ(NS_OK, host.loadModule(DOCMGR_MODULE_PATH)) << host.lastError();
-  ExpectBatchReachableThrough(host);
+TEST(StoreBatchQueryTest, ReachedFromTheManagersOfTheLinkedModuleAndOfTheModuleFile) {
+  for (bool fromFile : {false, true}) {
+    SCOPED_TRACE(fromFile ? "module file" : "linked module");
+    nsHostLoader host;
+    ASSERT_EQ(NS_OK, fromFile ? host.loadModule(DOCMGR_MODULE_PATH) : host.addModule(NSGetModule, "in-process"))
+        << host.lastError();
+    ExpectBatchReachableThrough(host);
+  }
 }
 
 }  // namespace
