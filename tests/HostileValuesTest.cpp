@@ -234,15 +234,13 @@ std::vector<Case> HostileValuesTest::Cases() {
          cache->Search(v, v, v, hits, 10);
        },
        nullptr},
-      {"relay UpdateUploadNonius", [this](const String& v) { relay_->UpdateUploadNonius(Upload(u"/target", v)); },
+      {"relay UpdateUploadNonius", [this](const String& v) { relay_->UpdateUploadNonius(Upload(v, v)); },
        [=](const String& v) {
-         const ncUploadNonius r = upload(u"/target");
-         const bool all = r.destPath == v && r.docId == v && r.md5 == v && r.crc32 == v && r.sliceMd5 == v &&
-                          r.uploadId == v && r.otag == v && r.unUploadBlocks == v && r.csf == v;
+         const ncUploadNonius r = upload(v);
+         const bool all = r.srcPath == v && r.destPath == v && r.docId == v && r.md5 == v && r.crc32 == v &&
+                          r.sliceMd5 == v && r.uploadId == v && r.otag == v && r.unUploadBlocks == v && r.csf == v;
          return all ? v : String(u"differs");
        }},
-      {"relay upload path", [this](const String& v) { relay_->UpdateUploadNonius(Upload(v, u"target")); },
-       [=](const String& v) { return upload(v).srcPath; }},
       {"relay UpdateUploadNoniusUnuploadBlocks",
        [this](const String& v) { relay_->UpdateUploadNoniusUnuploadBlocks(u"/target", v, 1); },
        [=](const String&) { return upload(u"/target").unUploadBlocks; }},
