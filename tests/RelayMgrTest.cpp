@@ -163,10 +163,10 @@ TEST_F(RelayMgrTest, ListingsSelectByStatus) {
 
 TEST_F(RelayMgrTest, FieldUpdatesPausesAndDeletesTouchOnlyTheirRow) {
   const String other = kTrickyPath + u" (2)";
-  relay->UpdateUploadNonius(MakeUpload(kTrickyPath, 1));
-  relay->UpdateUploadNonius(MakeUpload(other, 1));
-  relay->UpdateDownloadNonius(MakeDownload(kTrickyPath, 1));
-  relay->UpdateDownloadNonius(MakeDownload(other, 1));
+  for (const String& path : {kTrickyPath, other}) {
+    relay->UpdateUploadNonius(MakeUpload(path, 1));
+    relay->UpdateDownloadNonius(MakeDownload(path, 1));
+  }
 
   relay->UpdateUploadNoniusUnuploadBlocks(kTrickyPath, u"[\"1\",\"3-4\"]", 6);
   relay->UpdateUploadNoniusDuration(kTrickyPath, 9876543210LL);
