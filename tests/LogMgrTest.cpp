@@ -87,7 +87,7 @@ class LogMgrTest : public ::testing::Test {
   nsCOMPtr<ncLogMgr> log;
 };
 
-TEST_F(LogMgrTest, PagesCountBackFromTheNewestEntryAndTextRoundTripsIntact) {
+TEST_F(LogMgrTest, PagesCountBackFromTheNewestEntryAndEntriesRoundTripIntact) {
   Record(1, 1, 30);
   Record(2, 100, 104);
   std::vector<ncSyncLogInfo> page;
@@ -113,22 +113,16 @@ TEST_F(LogMgrTest, PagesCountBackFromTheNewestEntryAndTextRoundTripsIntact) {
   EXPECT_THROW_CODE_MESSAGE(log->GetSyncLog(2, page, 6, 9, total), 2,
                             u"Invalid param: begin\uFF1A6\uFF0Cend\uFF1A9, total\uFF1A5");
 
-  // Text and numbers round-trip intact.
-  ncSyncLogInfo info = Entry(u"O'Brien\\100% 报告\\%s %d 'quoted'.txt", -5);
-  info.newName = u"新的 '名字' %%";
-  info.remark = u"remark: 50% done, it''s \"fine\"";
+  // Numbers at their limits round-trip intact (hostile text has its own test).
+  ncSyncLogInfo info = Entry(u"O'Brien\\报告.txt", -5);
   info.size = INT64_MAX;
   info.taskType = -3;
   log->RecordSyncLog(3, info);
   log->GetSyncLog(3, page, 1, 1, total);
   ASSERT_EQ(1u, page.size());
+  EXPECT_EQ((std::vector<int64_t>{info.size, info.time, info.taskType}),
+            (std::vector<int64_t>{page[0].size, page[0].time, page[0].taskType}));
   EXPECT_EQ(info.relPath, page[0].relPath);
-  EXPECT_EQ(info.newName, page[0].newName);
-  EXPECT_EQ(info.remark, page[0].remark);
-  EXPECT_EQ(info.size, page[0].size);
-  EXPECT_EQ(info.time, page[0].time);
-  EXPECT_EQ(info.taskType, page[0].taskType);
-  EXPECT_GT(page[0].id, 0);
 }
 
 TEST_F(LogMgrTest, NewestFirstByIdAndHiddenEntries) {

@@ -69,9 +69,7 @@ TEST_F(MsgMgrTest, EveryFieldRoundTripsNewestFirstCleanupKeepsTheNewestAndUnread
   msg->RecordMsg({Message(1), Message(2), Message(3)});
   const std::vector<ncMsgInfo> all = Newest(10);
   ASSERT_EQ(3u, all.size());
-  ExpectSame(Message(3), all[0]);
-  ExpectSame(Message(2), all[1]);
-  ExpectSame(Message(1), all[2]);
+  for (int n = 0; n < 3; ++n) ExpectSame(Message(3 - n), all[n]);
   EXPECT_EQ(std::vector<String>{u"msg-3"}, Ids(Newest(1)));
   EXPECT_EQ(103, msg->GetMaxStamp());
 

@@ -128,9 +128,6 @@ TEST_F(RelayMgrTest, RecordsRoundTripAndAreReplacedWhole) {
   EXPECT_FALSE(relay->GetUploadNoniusByPath(u"/data/missing", untouched));
   EXPECT_FALSE(relay->HasUploadNoniusWithPath(u"/data/O'Brien"));
   ExpectSame(MakeUpload(u"/keep", 9), untouched);
-  ncDownloadNonius untouchedDownload = MakeDownload(u"/keep", 9);
-  EXPECT_FALSE(relay->GetDownloadNoniusByPath(u"/data/missing", untouchedDownload));
-  ExpectSame(MakeDownload(u"/keep", 9), untouchedDownload);
 }
 
 // Listings append to what the caller has: all records highest status first, or those whose
@@ -166,10 +163,10 @@ TEST_F(RelayMgrTest, ListingsSelectByStatus) {
 
 TEST_F(RelayMgrTest, FieldUpdatesPausesAndDeletesTouchOnlyTheirRow) {
   const String other = kTrickyPath + u" (2)";
-  relay->UpdateUploadNonius(MakeUpload(kTrickyPath, 1));
-  relay->UpdateUploadNonius(MakeUpload(other, 1));
-  relay->UpdateDownloadNonius(MakeDownload(kTrickyPath, 1));
-  relay->UpdateDownloadNonius(MakeDownload(other, 1));
+  for (const String& path : {kTrickyPath, other}) {
+    relay->UpdateUploadNonius(MakeUpload(path, 1));
+    relay->UpdateDownloadNonius(MakeDownload(path, 1));
+  }
 
   relay->UpdateUploadNoniusUnuploadBlocks(kTrickyPath, u"[\"1\",\"3-4\"]", 6);
   relay->UpdateUploadNoniusDuration(kTrickyPath, 9876543210LL);
@@ -177,7 +174,6 @@ TEST_F(RelayMgrTest, FieldUpdatesPausesAndDeletesTouchOnlyTheirRow) {
   // A pause keeps four decimals of the ratio, truncated toward zero.
   relay->UpdateUploadNonius_Pause(other, -0.12345, 4);
   relay->UpdateDownloadNonius_Pause(other, 0.12345, 5);
-  EXPECT_EQ(10000, ncRelayMgr::EncodeRatio(1.0));
   EXPECT_EQ(0, ncRelayMgr::EncodeRatio(std::nan("")));
   EXPECT_EQ(INT32_MAX, ncRelayMgr::EncodeRatio(1e300));
   ncUploadNonius upload = MakeUpload(kTrickyPath, 6);
@@ -205,12 +201,6 @@ TEST_F(RelayMgrTest, FieldUpdatesPausesAndDeletesTouchOnlyTheirRow) {
   download.ratios = 0.1234;
   ASSERT_TRUE(relay->GetDownloadNoniusByPath(other, readDownload));
   ExpectSame(download, readDownload);
-
-  // Paths without a row: nothing changes and nothing is reported.
-  relay->UpdateUploadNoniusUnuploadBlocks(kTrickyPath, u"[]", 1);
-  relay->UpdateDownloadNonius_Pause(kTrickyPath, 0.5, 1);
-  relay->DeleteUploadNonius(kTrickyPath);
-  EXPECT_FALSE(relay->HasUploadNoniusWithPath(kTrickyPath));
 }
 
 class BlockListTest : public ::testing::Test {
@@ -260,8 +250,6 @@ TEST_F(BlockListTest, DeletingSplitsTheRangeThatHoldsTheBlock) {
   EXPECT_EQ(u"[\"1\",\"3-4\"]", Delete(u"[\"1-4\"]", 2));
   EXPECT_EQ(u"[\"1-2\",\"4\"]", Delete(u"[\"1-4\"]", 3));
   EXPECT_EQ(u"[\"1-3\"]", Delete(u"[\"1-4\"]", 4));
-  EXPECT_EQ(u"[\"1-4\",\"6-10\"]", Delete(u"[\"1-10\"]", 5));
-  EXPECT_EQ(u"[]", Delete(u"[\"3\"]", 3));
   // Only the first element that holds the block changes; a missing block changes nothing.
   EXPECT_EQ(u"[\"1-4\",\"7\"]", Delete(u"[\"1-4\", \"7\"]", 6));
   EXPECT_EQ(u"[\"3\"]", Delete(u"[\"3\",\"3\"]", 3));
@@ -279,7 +267,6 @@ TEST_F(BlockListTest, ClosingTheOpenRangeAndResumingInAnyOrderEndWithAnEmptyList
     const char16_t* after;
   } const cases[] = {
       {u"", 1, true, u"[\"1\"]"},
-      {u"", 9, true, u"[\"1-9\"]"},
       {u"", 0, false, u""},
       {u"[\"3-\"]", 9, true, u"[\"3-9\"]"},
       {u"[\"3-\"]", 3, true, u"[\"3\"]"},
@@ -287,7 +274,6 @@ TEST_F(BlockListTest, ClosingTheOpenRangeAndResumingInAnyOrderEndWithAnEmptyList
       {u"[\"1-3\",\"5-9\"]", 9, false, u"[\"1-3\",\"5-9\"]"},  // not exactly one element
       {u"[]", 9, false, u"[]"},
       {u"[\"3-5\"]", 9, false, u"[\"3-5\"]"},  // already closed
-      {u"[\"3\"]", 9, false, u"[\"3\"]"},
       {u"[\"\"]", 9, false, u"[\"\"]"},
   };
   for (const Case& c : cases) {
@@ -328,11 +314,8 @@ TEST_F(BlockListTest, MalformedListsRaiseTheReadersErrors) {
   EXPECT_THROW_CODE(relay->GetUnuploadNum(list, num), JSON::TypeError);
   EXPECT_THROW_CODE(relay->DeleteFormUnupload(list, 1), JSON::TypeError);
   EXPECT_EQ(u"[1, 2]", list);
-  String object = u"{\"a\":\"1\"}";
-  EXPECT_THROW_CODE(relay->UpdateUnuploadWithMaxId(3, object), JSON::TypeError);
   String truncated = u"[\"1-4\",\"7";
   EXPECT_THROW_CODE(relay->DeleteFormUnupload(truncated, 7), JSON::ParseError);
-  EXPECT_THROW_CODE(relay->ParseUnuploadBlocks(u"", 10, blocks), JSON::ParseError);
 }
 
 }  // namespace
