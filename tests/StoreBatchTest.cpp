@@ -3,6 +3,7 @@
 // behind, other threads wait for it, and a host reaches it by QueryInterface.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <string>
@@ -137,6 +138,30 @@ TEST_F(CacheBatchTest, AFailedBatchLeavesNothingAndReleasesTheConnection) {
   other.join();
   done.get();
   EXPECT_EQ(3, CommittedRows());
+}
+
+// A plain statement of another thread must not slip into the open batch (where the batch's
+// rollback would take it along): it waits until the batch ends, then commits on its own.
+TEST_F(CacheBatchTest, AnotherThreadsStatementWaitsForTheBatchAndOutlivesItsRollback) {
+  batch_->BeginBatch();
+  cache_->Update(FilePath(1), File(1));
+  std::atomic<bool> started{false}, finished{false};
+  nsCOMPtr<ncCacheMgr> cache = cache_;
+  std::thread other([&, cache] {
+    started = true;
+    cache->Update(u"other thread.txt", File(2));
+    finished = true;
+  });
+  while (!started) std::this_thread::yield();
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  EXPECT_FALSE(finished) << "the other thread's write went through while the batch was open";
+  batch_->RollbackBatch();
+  other.join();
+
+  ncCacheInfo read;
+  EXPECT_FALSE(cache_->GetInfoByPath(FilePath(1), read));
+  EXPECT_TRUE(cache_->GetInfoByPath(u"other thread.txt", read));
+  EXPECT_EQ(1, CommittedRows());
 }
 
 TEST(LogBatchTest, EntriesAndTheirCounterCommitTogetherOrNotAtAll) {
