@@ -4,6 +4,4 @@ namespace base {
 
 LocalTime Clock::localTime() { return platform::GetLocalTime(); }
 
-int64_t Clock::nowMillis() { return platform::GetEpochMillis(); }
-
 }  // namespace base

@@ -1,4 +1,4 @@
-// Wall clock: local calendar time and milliseconds since the epoch.
+// Wall clock: the local calendar time.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,6 @@ using LocalTime = platform::LocalTime;
 class Clock {
  public:
   static LocalTime localTime();
-  static int64_t nowMillis();
 };
 
 }  // namespace base

@@ -16,7 +16,6 @@ class Thread {
 
   void start();
   void join();
-  bool isStarted() const { return thread_ != nullptr; }
   static uint64_t currentId();
 
  protected:

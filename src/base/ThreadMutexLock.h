@@ -9,7 +9,6 @@ class ThreadMutexLock {
  public:
   void lock() { mutex_.lock(); }
   void unlock() { mutex_.unlock(); }
-  bool tryLock() { return mutex_.try_lock(); }
 
  private:
   std::recursive_mutex mutex_;
