@@ -1,7 +1,6 @@
 // upgrade ROOT [--view N]: run the upgrade manager on a sync root, as the client does before
 // it opens the stores, and show what it changed.
 #include <sqlite3.h>
-#include <sys/stat.h>
 
 #include <chrono>
 #include <stdexcept>
@@ -11,6 +10,7 @@
 #include "ProgressBar.h"
 #include "docmgr/Exception.h"
 #include "docmgr/ncIUpgradeMgr.h"
+#include "platform/ncPlatform.h"
 
 namespace {
 
@@ -20,11 +20,6 @@ struct Versions {
   int schema = 0;  // 0: none recorded
   int view = 0;
 };
-
-bool IsDirectory(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
 
 int ReadVersion(sqlite3* db, const char* table) {
   const std::string sql = std::string("select versionId from ") + table + " limit 1";
@@ -41,7 +36,8 @@ int ReadVersion(sqlite3* db, const char* table) {
 Versions ReadVersions(const std::string& dataDir) {
   Versions versions;
   sqlite3* db = nullptr;
-  const std::string path = dataDir + "/config.db";
+  // SQLite takes the platform's own form of a file name (UTF-8 on Windows).
+  const std::string path = platform::NativePath(Wide(dataDir + "/config.db"));
   if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
     versions.schema = ReadVersion(db, "tb_version");
     versions.view = ReadVersion(db, "tb_viewver");
@@ -128,7 +124,7 @@ int Upgrade(CliContext& context, const std::vector<std::string>& args) {
   }
   root = AbsolutePath(root);
   const std::string dataDir = root + "/.kestrove.cache";
-  if (!IsDirectory(dataDir)) {
+  if (!platform::IsDirectory(Wide(dataDir))) {
     std::fprintf(stderr, "docmgr-cli: %s has no local state (no %s); nothing to upgrade.\n", root.c_str(),
                  dataDir.c_str());
     return 1;
