@@ -9,14 +9,7 @@ namespace {
 using test::Cli;
 using test::CliRun;
 
-// The command lines below are POSIX shell text (quoting, VAR=value, redirections, UTF-8
-// arguments); on Windows the tool is exercised by make windows-demo instead.
-class CliTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!test::kPosixBackend) GTEST_SKIP() << "these command lines need a POSIX shell (cmd.exe runs them on Windows)";
-  }
-};
+using CliTest = test::PosixShellTest;
 
 TEST_F(CliTest, InitShowsTheDataDirectoryAndCheckReportsUnsoundDatabases) {
   test::TempDir dir;
