@@ -106,4 +106,26 @@ TEST_F(CliTest, DemoResumesAnUploadAndTheLogReadsBack) {
   EXPECT_EQ(1, Cli("resume '" + dir.path() + "/missing' 2>/dev/null").status);
 }
 
+// Linux names are bytes: a root and a file whose names are Latin-1, not UTF-8, are reached,
+// and JSON output stays UTF-8 with the byte as the escape of the unit that stands for it.
+TEST_F(CliTest, ARootWhosePathIsNotUtf8IsReachedAndItsJsonStaysUtf8) {
+  test::TempDir dir;
+  const std::string root = dir.path() + "/caf\xe9";
+  test::MakeDir(root);
+  test::WriteFile(root + "/r\xe9sum\xe9.txt", "cv");
+  const CliRun scan = Cli("--json scan '" + root + "'");
+  ASSERT_EQ(0, scan.status) << scan.output;
+  EXPECT_NE(std::string::npos, scan.output.find("\"recorded\": 1,")) << scan.output;
+  EXPECT_NE(std::string::npos, scan.output.find("caf\\udce9")) << scan.output;
+
+  const CliRun ls = Cli("--json ls '" + root + "'");
+  ASSERT_EQ(0, ls.status) << ls.output;
+  EXPECT_EQ(std::string::npos, ls.output.find('\xe9')) << ls.output;  // no byte that is not UTF-8
+  EXPECT_NE(std::string::npos, ls.output.find("r\\udce9sum\\udce9.txt")) << ls.output;
+
+  const CliRun info = Cli("info '" + root + "/r\xe9sum\xe9.txt'");
+  EXPECT_EQ(0, info.status) << info.output;
+  EXPECT_NE(std::string::npos, info.output.find("r\xe9sum\xe9.txt")) << info.output;  // a terminal gets the bytes
+}
+
 }  // namespace
