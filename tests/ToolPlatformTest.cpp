@@ -38,6 +38,9 @@ TEST(ToolPlatformTest, AFolderReachedThroughALinkIsAFolderButTheLinkIsNotOne) {
   test::TempDir dir;
   test::MakeDir(dir.path() + "/real");
   if (!test::MakeSymlink(dir.path() + "/real", dir.path() + "/link")) GTEST_SKIP() << "no symbolic links here";
+  // Wine makes the link, and then its own file calls find nothing at the name.
+  if (platform::GetFileAttributes(dir.child("link")) == platform::kInvalidAttributes)
+    GTEST_SKIP() << "the symbolic link just made cannot be examined here (error " << platform::GetLastError() << ")";
   EXPECT_TRUE(platform::IsDirectory(dir.child("link")));
   platform::FileInfo info;
   ASSERT_TRUE(platform::GetFileInfo(dir.child("link"), info));
