@@ -1,5 +1,6 @@
 #include "CliContext.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include <stdexcept>
@@ -102,5 +103,10 @@ std::string AbsolutePath(const std::string& path) {
   return NormalPath(full);
 }
 
-base::String Wide(const std::string& text) { return base::FromNativeBytes(text); }
+base::String Wide(const std::string& path) {
+  base::String wide = base::FromNativeBytes(path);
+  // The component cuts paths at the system's own separator only.
+  if (OnWindows()) std::replace(wide.begin(), wide.end(), u'/', platform::kPathSeparator);
+  return wide;
+}
 std::string Narrow(const base::String& text) { return base::ToNativeBytes(text); }

@@ -47,7 +47,7 @@ class CliContext {
 std::string AbsolutePath(const std::string& path);
 std::string NormalPath(const std::string& path);
 // Paths and file names in the tool are native bytes (WTF-8 on Windows): a name that is not
-// UTF-8 still reaches the same file. Texts meant for people and JSON go through
-// base::ToUtf8 instead.
-base::String Wide(const std::string& text);
-std::string Narrow(const base::String& text);
+// UTF-8 still reaches the same file. Wide gives the component a path with the system's
+// separators; other command-line texts go through base::FromNativeBytes as they are.
+base::String Wide(const std::string& path);
+std::string Narrow(const base::String& path);

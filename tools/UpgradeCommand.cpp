@@ -62,7 +62,7 @@ bool ParseTypeName(const std::string& text, ncUpgradeData& data) {
   if (equals == 0 || equals == std::string::npos || equals + 1 == text.size()) return false;
   const std::string number = text.substr(0, equals);
   if (number.find_first_not_of("0123456789") != std::string::npos || number.size() > 9) return false;
-  data.typeNames[std::stoi(number)] = Wide(text.substr(equals + 1));
+  data.typeNames[std::stoi(number)] = base::FromNativeBytes(text.substr(equals + 1));
   return true;
 }
 

@@ -217,8 +217,10 @@ bool ListDirectory(const String& path, std::vector<String>& names) {
   FindHandle find(::FindFirstFileW((SystemPath(path) + L"\\*").c_str(), &entry));
   if (!find.valid()) return false;
   do {
+    // No Windows name holds a ':'; Wine keeps a named stream as a file "name:stream",
+    // which is part of the file, not an entry of the folder.
     const std::wstring name = entry.cFileName;
-    if (name != L"." && name != L"..") names.push_back(FromWide(name));
+    if (name != L"." && name != L".." && name.find(L':') == std::wstring::npos) names.push_back(FromWide(name));
   } while (::FindNextFileW(find.get(), &entry));
   return ::GetLastError() == ERROR_NO_MORE_FILES ? Succeed() : false;
 }
