@@ -332,6 +332,7 @@ int Scan(CliContext& context, const std::vector<std::string>& args) {
 
   if (context.json) ReportJson(options, found, tally);
   else ReportText(options, found, tally);
+  if (scratch) context.closeRoot();  // Windows removes no file that is still open
   return found.unreadable.empty() && tally.failures.empty() ? 0 : 1;
 }
 
