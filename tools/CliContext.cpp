@@ -92,9 +92,11 @@ std::string NormalPath(const std::string& path) {
     }
     begin = end + 1;
   }
-  std::string normal = root.empty() || root.back() != '/' ? root : root.substr(0, root.size() - 1);
+  if (parts.empty()) return root.empty() ? "/" : root;
+  std::string normal = root;
+  if (!normal.empty() && normal.back() == '/') normal.pop_back();
   for (const std::string& part : parts) normal += "/" + part;
-  return normal.empty() ? "/" : normal.size() == root.size() - 1 ? root : normal;
+  return normal;
 }
 
 std::string AbsolutePath(const std::string& path) {

@@ -24,10 +24,8 @@ void MakeSampleTree(const std::string& root) {
 // demo writes sample files and tags, and must never touch what a user keeps there.
 std::string WhyNotHere(const std::string& dir) {
   platform::FileInfo info;
-  if (!platform::GetFileInfo(Wide(dir), info)) {
-    const uint32_t error = platform::GetLastError();
-    return error == platform::kErrorFileNotFound ? "" : OsErrorFromLastError().text;
-  }
+  if (!platform::GetFileInfo(Wide(dir), info))
+    return platform::GetLastError() == platform::kErrorFileNotFound ? "" : OsErrorFromLastError().text;
   if (info.kind != platform::FileKind::kDirectory) return Tr("it exists and is not a folder");
   std::vector<base::String> names;
   if (!platform::ListDirectory(Wide(dir), names)) return OsErrorFromLastError().text;
