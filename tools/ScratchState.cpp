@@ -10,7 +10,8 @@
 ScratchState::ScratchState() {
   const base::String folder = platform::GetTempDirectory();
   const base::String path = folder + platform::kPathSeparator + u"docmgr-cli-dry-run." + base::Guid::create().toString();
-  if (!platform::CreateDirectory(path)) throw CliError(Tr("cannot create a scratch folder in") + (" " + Narrow(folder)));
+  if (!platform::CreateDirectory(path))
+    throw CliError(Tr("cannot create a scratch folder in the temporary folder") + (": " + Narrow(folder)));
   path_ = Narrow(path);
 }
 
