@@ -128,4 +128,28 @@ TEST_F(CliTest, ARootWhosePathIsNotUtf8IsReachedAndItsJsonStaysUtf8) {
   EXPECT_NE(std::string::npos, info.output.find("r\xe9sum\xe9.txt")) << info.output;  // a terminal gets the bytes
 }
 
+// A plain tree (ASCII names, no quoting) through the tool on every system, so the Windows
+// build runs its own tool too: the system's paths, a dry run's scratch state, JSON read back.
+TEST(CliEverywhereTest, ADryRunWritesNothingAndAScanIsListedAndFound) {
+  test::TempDir dir;
+  const std::string root = dir.path();
+  test::MakeDir(root + "/docs");
+  test::WriteFile(root + "/docs/plan.txt", "plan");
+  const CliRun dry = Cli("scan --dry-run " + root);
+  ASSERT_EQ(0, dry.status) << dry.output;
+  EXPECT_FALSE(test::Exists(root + "/.kestrove.cache"));
+
+  const CliRun scan = Cli("--json scan " + root);
+  ASSERT_EQ(0, scan.status) << scan.output;
+  EXPECT_NE(std::string::npos, scan.output.find("\"recorded\": 2,")) << scan.output;
+  const CliRun ls = Cli("--json ls " + root + " docs");
+  ASSERT_EQ(0, ls.status) << ls.output;
+  const JSON::Value listing = JSON::Value::parse(ls.output);
+  ASSERT_EQ(1u, listing.size()) << ls.output;
+  EXPECT_EQ("plan.txt", listing[0].as_object().at("name").as_string());
+  const CliRun info = Cli("info " + root + "/docs/plan.txt");
+  EXPECT_EQ(0, info.status) << info.output;
+  EXPECT_NE(std::string::npos, info.output.find("relative path: docs/plan.txt")) << info.output;
+}
+
 }  // namespace
