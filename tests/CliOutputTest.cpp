@@ -13,6 +13,7 @@ namespace {
 
 using test::Cli;
 using test::CliRun;
+using CliOutputTest = test::PosixShellTest;
 
 std::string Quoted(const std::string& path) { return "'" + path + "'"; }
 
@@ -39,7 +40,7 @@ void RecordRefusedUploads(const std::string& root, int count) {
   docMgr->Close();
 }
 
-TEST(CliOutputTest, UnsyncShowsWaitingItemsSetAsideDocumentsAndTheirLog) {
+TEST_F(CliOutputTest, UnsyncShowsWaitingItemsSetAsideDocumentsAndTheirLog) {
   test::TempDir dir;
   const std::string root = dir.path();
   test::WriteFile(root + "/old.txt", "old");
@@ -75,7 +76,7 @@ TEST(CliOutputTest, UnsyncShowsWaitingItemsSetAsideDocumentsAndTheirLog) {
     EXPECT_TRUE(Has(text.output, part)) << part << "\n" << text.output;
 }
 
-TEST(CliOutputTest, NamesWithControlCharactersStayOnOneLineAndParseBackFromJson) {
+TEST_F(CliOutputTest, NamesWithControlCharactersStayOnOneLineAndParseBackFromJson) {
   test::TempDir dir;
   const std::string root = dir.path();
   test::WriteFile(root + "/a\nb\tc.txt", "x");
@@ -88,7 +89,7 @@ TEST(CliOutputTest, NamesWithControlCharactersStayOnOneLineAndParseBackFromJson)
   EXPECT_EQ("a\nb\tc.txt", JSON::Value::parse(json.output)[0].as_object().at("name").as_string());
 }
 
-TEST(CliOutputTest, FailuresUnderJsonAreObjectsWithTheExitCode) {
+TEST_F(CliOutputTest, FailuresUnderJsonAreObjectsWithTheExitCode) {
   test::TempDir dir;
   const CliRun missing = Cli("--json ls " + Quoted(dir.path() + "/nowhere"));
   EXPECT_EQ(1, missing.status);
@@ -105,7 +106,7 @@ TEST(CliOutputTest, FailuresUnderJsonAreObjectsWithTheExitCode) {
   EXPECT_TRUE(Has(chinese.output, "文件夹不存在")) << chinese.output;
 }
 
-TEST(CliOutputTest, HelpVersionAndTheManualPageComeFromTheCommandTable) {
+TEST_F(CliOutputTest, HelpVersionAndTheManualPageComeFromTheCommandTable) {
   const CliRun version = Cli("--version");
   EXPECT_EQ(0, version.status);
   EXPECT_EQ(0u, version.output.find("docmgr-cli ")) << version.output;

@@ -6,6 +6,9 @@
 
 namespace {
 
+// The example is built with the host's compiler and run by the shell.
+using CliReadmeTest = test::PosixShellTest;
+
 std::string Folder(const std::string& path) { return path.substr(0, path.rfind('/')); }
 
 // The text of the first fenced block of the given language after marker.
@@ -24,7 +27,7 @@ void ReplaceAll(std::string& text, const std::string& from, const std::string& t
     text.replace(at, from.size(), to);
 }
 
-TEST(CliReadmeTest, TheClientExampleBuildsAsWrittenAndRuns) {
+TEST_F(CliReadmeTest, TheClientExampleBuildsAsWrittenAndRuns) {
   const std::string source = Folder(Folder(__FILE__));
   const std::string build = Folder(Folder(DOCMGR_MODULE_PATH));
   const std::string readme = test::ReadFile(source + "/README.md");

@@ -9,14 +9,7 @@ namespace {
 using test::Cli;
 using test::CliRun;
 
-// The command lines below are POSIX shell text (quoting, VAR=value, redirections, UTF-8
-// arguments); on Windows the tool is exercised by make windows-demo instead.
-class CliTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!test::kPosixBackend) GTEST_SKIP() << "these command lines need a POSIX shell (cmd.exe runs them on Windows)";
-  }
-};
+using CliTest = test::PosixShellTest;
 
 TEST_F(CliTest, InitShowsTheDataDirectoryAndCheckReportsUnsoundDatabases) {
   test::TempDir dir;
@@ -111,6 +104,52 @@ TEST_F(CliTest, DemoResumesAnUploadAndTheLogReadsBack) {
   EXPECT_EQ(2, Cli("log '" + root + "' --type x 2>/dev/null").status);
   EXPECT_EQ(1, Cli("log '" + root + "' --type 0 --page 9 2>/dev/null").status);
   EXPECT_EQ(1, Cli("resume '" + dir.path() + "/missing' 2>/dev/null").status);
+}
+
+// Linux names are bytes: a root and a file whose names are Latin-1, not UTF-8, are reached,
+// and JSON output stays UTF-8 with the byte as the escape of the unit that stands for it.
+TEST_F(CliTest, ARootWhosePathIsNotUtf8IsReachedAndItsJsonStaysUtf8) {
+  test::TempDir dir;
+  const std::string root = dir.path() + "/caf\xe9";
+  test::MakeDir(root);
+  test::WriteFile(root + "/r\xe9sum\xe9.txt", "cv");
+  const CliRun scan = Cli("--json scan '" + root + "'");
+  ASSERT_EQ(0, scan.status) << scan.output;
+  EXPECT_NE(std::string::npos, scan.output.find("\"recorded\": 1,")) << scan.output;
+  EXPECT_NE(std::string::npos, scan.output.find("caf\\udce9")) << scan.output;
+
+  const CliRun ls = Cli("--json ls '" + root + "'");
+  ASSERT_EQ(0, ls.status) << ls.output;
+  EXPECT_EQ(std::string::npos, ls.output.find('\xe9')) << ls.output;  // no byte that is not UTF-8
+  EXPECT_NE(std::string::npos, ls.output.find("r\\udce9sum\\udce9.txt")) << ls.output;
+
+  const CliRun info = Cli("info '" + root + "/r\xe9sum\xe9.txt'");
+  EXPECT_EQ(0, info.status) << info.output;
+  EXPECT_NE(std::string::npos, info.output.find("r\xe9sum\xe9.txt")) << info.output;  // a terminal gets the bytes
+}
+
+// A plain tree (ASCII names, no quoting) through the tool on every system, so the Windows
+// build runs its own tool too: the system's paths, a dry run's scratch state, JSON read back.
+TEST(CliEverywhereTest, ADryRunWritesNothingAndAScanIsListedAndFound) {
+  test::TempDir dir;
+  const std::string root = dir.path();
+  test::MakeDir(root + "/docs");
+  test::WriteFile(root + "/docs/plan.txt", "plan");
+  const CliRun dry = Cli("scan --dry-run " + root);
+  ASSERT_EQ(0, dry.status) << dry.output;
+  EXPECT_FALSE(test::Exists(root + "/.kestrove.cache"));
+
+  const CliRun scan = Cli("--json scan " + root);
+  ASSERT_EQ(0, scan.status) << scan.output;
+  EXPECT_NE(std::string::npos, scan.output.find("\"recorded\": 2,")) << scan.output;
+  const CliRun ls = Cli("--json ls " + root + " docs");
+  ASSERT_EQ(0, ls.status) << ls.output;
+  const JSON::Value listing = JSON::Value::parse(ls.output);
+  ASSERT_EQ(1u, listing.size()) << ls.output;
+  EXPECT_EQ("plan.txt", listing[0].as_object().at("name").as_string());
+  const CliRun info = Cli("info " + root + "/docs/plan.txt");
+  EXPECT_EQ(0, info.status) << info.output;
+  EXPECT_NE(std::string::npos, info.output.find("relative path: docs/plan.txt")) << info.output;
 }
 
 }  // namespace

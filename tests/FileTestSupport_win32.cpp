@@ -134,16 +134,28 @@ const char kNoStreamsReason[] =
     "no alternate data streams (Wine stores a \"file:stream\" name as a separate file) in ";
 
 // A real stream leaves the folder's listing alone; Wine's stand-in shows up as a new entry.
+// Every name the system lists, those the platform layer leaves out (Wine's "file:stream"
+// stand-ins) included.
+std::vector<std::wstring> RawEntries(const std::string& directory) {
+  std::vector<std::wstring> names;
+  WIN32_FIND_DATAW entry;
+  HANDLE find = ::FindFirstFileW((Wide(directory) + L"\\*").c_str(), &entry);
+  if (find == INVALID_HANDLE_VALUE) return names;
+  do names.push_back(entry.cFileName);
+  while (::FindNextFileW(find, &entry));
+  ::FindClose(find);
+  return names;
+}
+
 bool SupportsStreams(const std::string& directory) {
-  const base::String folder = base::FromUtf8(directory);
   const base::String probe = base::FromUtf8(directory + "\\stream-probe");
   WriteFile(base::ToUtf8(probe), "");
-  std::vector<base::String> before, after;
-  platform::ListDirectory(folder, before);
+  const std::vector<std::wstring> before = RawEntries(directory);
   const bool written = platform::WriteStream(probe, u"probe", "1");
-  platform::ListDirectory(folder, after);
-  for (const base::String& name : after)
-    if (std::find(before.begin(), before.end(), name) == before.end()) platform::DeleteFile(folder + u"\\" + name);
+  const std::vector<std::wstring> after = RawEntries(directory);
+  for (const std::wstring& name : after)
+    if (std::find(before.begin(), before.end(), name) == before.end())
+      ::DeleteFileW((Wide(directory) + L"\\" + name).c_str());
   platform::DeleteFile(probe);
   return written && after.size() == before.size();
 }

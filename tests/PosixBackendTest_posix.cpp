@@ -1,8 +1,10 @@
 // The POSIX backend's emulation of Win32 semantics: folders and files, hidden and system
 // bits in user.DOSATTRIB, read-only as permission bits, errno to Win32 codes, and copies
 // that never truncate their source.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +14,7 @@
 #include "base/Directory.h"
 #include "docmgr/Exception.h"
 #include "base/File.h"
+#include "platform/ncFileLockProbe.h"
 #include "platform/ncPlatform.h"
 
 using base::String;
@@ -79,6 +82,67 @@ TEST(PlatformCopyTest, CopyOntoItselfOrAnExistingTargetKeepsBothFiles) {
   EXPECT_EQ(platform::kErrorPathNotFound, platform::GetLastError());
   // Nothing but the three files: no working copy is left behind.
   EXPECT_EQ(3u, base::Directory::list(dir.wpath()).size());
+}
+
+TEST(PlatformKindTest, PipesAndLinksAreNeitherFilesNorFolders) {
+  test::TempDir dir;
+  ASSERT_EQ(0, ::mkfifo((dir.path() + "/pipe").c_str(), 0600));
+  ASSERT_EQ(0, ::symlink("nowhere", (dir.path() + "/dangling").c_str()));
+  platform::FileInfo info;
+  ASSERT_TRUE(platform::GetFileInfo(dir.child("pipe"), info));
+  EXPECT_EQ(platform::FileKind::kPipe, info.kind);
+  EXPECT_FALSE(info.isRegularFile);
+  ASSERT_TRUE(platform::GetFileInfo(dir.child("dangling"), info));
+  EXPECT_EQ(platform::FileKind::kLink, info.kind);
+  EXPECT_FALSE(platform::IsDirectory(dir.child("dangling")));
+}
+
+// A write lock taken with fcntl, as SQLite takes its locks.
+bool LockBytes(int fd, short type, off_t start, off_t length) {
+  struct flock lock = {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = start;
+  lock.l_len = length;
+  return ::fcntl(fd, F_SETLK, &lock) == 0;
+}
+
+TEST(PlatformLockProbeTest, SeesAnotherProcesssLockButNotItsOwn) {
+  test::TempDir dir;
+  test::WriteFile(dir.path() + "/db", "data");
+  ASSERT_TRUE(ncFileLockProbe::isSupported());
+  ncFileLockProbe probe(dir.child("db"));
+  ASSERT_TRUE(probe.isOpen());
+  int64_t holder = 0;
+  EXPECT_FALSE(probe.heldByOther(0, 4, holder));
+
+  const int own = ::open((dir.path() + "/db").c_str(), O_RDWR);
+  ASSERT_TRUE(LockBytes(own, F_WRLCK, 0, 2));
+  EXPECT_FALSE(probe.heldByOther(0, 4, holder));  // this process's own lock
+  ASSERT_TRUE(LockBytes(own, F_UNLCK, 0, 2));
+
+  int ready[2], done[2];
+  ASSERT_EQ(0, ::pipe(ready));
+  ASSERT_EQ(0, ::pipe(done));
+  const pid_t child = ::fork();
+  if (child == 0) {
+    char byte = LockBytes(own, F_WRLCK, 2, 1) ? 'y' : 'n';
+    if (::write(ready[1], &byte, 1) != 1 || ::read(done[0], &byte, 1) < 0) ::_exit(1);
+    ::_exit(0);
+  }
+  char byte = 0;
+  ASSERT_EQ(1, ::read(ready[0], &byte, 1));
+  ASSERT_EQ('y', byte);
+  EXPECT_TRUE(probe.heldByOther(0, 4, holder));
+  EXPECT_EQ(child, holder);
+  EXPECT_FALSE(probe.heldByOther(0, 2, holder));  // the bytes the other process leaves free
+  ASSERT_EQ(1, ::write(done[1], "x", 1));
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_FALSE(probe.heldByOther(0, 4, holder));
+  for (int fd : {own, ready[0], ready[1], done[0], done[1]}) ::close(fd);
+
+  EXPECT_FALSE(ncFileLockProbe(dir.child("missing.db")).isOpen());
 }
 
 }  // namespace

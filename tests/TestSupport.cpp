@@ -71,6 +71,8 @@ void ExpectException(const std::function<void()>& call, int code, const base::St
   }
 }
 
+const char kNoPosixShellReason[] = "these command lines need a POSIX shell (cmd.exe runs them on Windows)";
+
 CliRun Cli(const std::string& arguments) {
   CliRun run;
   const std::string program = base::ToUtf8(Native(base::FromUtf8(DOCMGR_CLI_PATH)));

@@ -64,6 +64,17 @@ struct CliRun {
 };
 CliRun Cli(const std::string& arguments);
 
+// Tests that drive docmgr-cli through POSIX shell command lines (quoting, VAR=value,
+// redirections, UTF-8 arguments) skip where cmd.exe would run them; make windows-demo runs
+// the Windows tool instead.
+extern const char kNoPosixShellReason[];
+class PosixShellTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!kPosixBackend) GTEST_SKIP() << kNoPosixShellReason;
+  }
+};
+
 // Every row of the result through the component's own connection; NULL reads "NULL".
 using Rows = std::vector<std::vector<std::string>>;
 Rows Query(ncDBMgr* db, const std::string& sql);

@@ -1,22 +1,19 @@
 #include "CacheCliSupport.h"
 
-#include <sys/stat.h>
-
 #include <cstdio>
 #include <stdexcept>
 
 #include "CliCommand.h"
 #include "Display.h"
 #include "Translation.h"
+#include "platform/ncPlatform.h"
 
 const char kDataDirectoryName[] = NC_DATA_DIRECTORY_NAME;
 
 namespace {
 
-bool IsFolder(const std::string& path) {
-  struct stat info;
-  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
+// A link to a folder counts: a root may be reached through one.
+bool IsFolder(const std::string& path) { return platform::IsDirectory(Wide(path)); }
 
 // Columns a UTF-8 text takes in a terminal: wide East Asian characters take two.
 size_t DisplayWidth(const std::string& text) {
@@ -65,6 +62,7 @@ base::String StoredRelPath(const std::string& text) {
   std::string slashed = text;
   for (auto& c : slashed)
     if (c == '\\') c = '/';
+  slashed.erase(0, slashed.find_first_not_of('/'));  // leading separators would read as a share on Windows
   // ".", ".." and doubled separators go as in any path; ".." never climbs above the root.
   base::String relPath = Wide(NormalPath("/" + slashed).substr(1));
   for (auto& unit : relPath)

@@ -1,8 +1,7 @@
 #include "CacheDemo.h"
 
-#include <fstream>
-
 #include "CliCommand.h"
+#include "platform/ncPlatform.h"
 
 namespace {
 
@@ -21,10 +20,10 @@ int DemoCache(CliContext& context, const std::string& root) {
     if (step[0] == "new files") {
       Step("new local files: 项目/设计文档/草图.txt, Projects/draft.md, and an editor's lock file "
            "Projects/~$plan.docx and a partial download Projects/setup.crdownload, which the ignore rules skip");
-      std::ofstream(root + "/项目/设计文档/草图.txt") << "sketch\n";
-      std::ofstream(root + "/Projects/draft.md") << "# draft\n";
-      std::ofstream(root + "/Projects/~$plan.docx") << "lock\n";
-      std::ofstream(root + "/Projects/setup.crdownload") << "partial\n";
+      platform::WriteWholeFile(Wide(root + "/项目/设计文档/草图.txt"), "sketch\n");
+      platform::WriteWholeFile(Wide(root + "/Projects/draft.md"), "# draft\n");
+      platform::WriteWholeFile(Wide(root + "/Projects/~$plan.docx"), "lock\n");
+      platform::WriteWholeFile(Wide(root + "/Projects/setup.crdownload"), "partial\n");
       continue;
     }
     std::string line = "docmgr-cli";

@@ -1,12 +1,7 @@
 // check ROOT: run SQLite's integrity check on every database of a sync root's data
 // directory, each on its own connection, so one damaged or locked database does not hide
 // the state of the others.
-#include <dirent.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <memory>
 
 #include "CacheCliSupport.h"
 #include "CliCommand.h"
@@ -14,6 +9,7 @@
 #include "Translation.h"
 #include "docmgr/Exception.h"
 #include "docmgr/ncIDBMgr.h"
+#include "platform/ncPlatform.h"
 
 namespace {
 
@@ -25,10 +21,11 @@ struct DatabaseState {
 
 std::vector<std::string> DatabaseFiles(const std::string& directory) {
   std::vector<std::string> files;
-  std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(directory.c_str()), ::closedir);
-  if (!dir) throw CliError(Tr("cannot read") + (" " + Printable(directory)) + ": " + OsErrorFromErrno(errno).text);
-  while (const struct dirent* entry = ::readdir(dir.get())) {
-    const std::string name = entry->d_name;
+  std::vector<base::String> names;
+  if (!platform::ListDirectory(Wide(directory), names))
+    throw CliError(Tr("cannot read") + (" " + Printable(directory)) + ": " + OsErrorFromLastError().text);
+  for (const base::String& entry : names) {
+    const std::string name = Narrow(entry);
     if (name.size() > 3 && name.compare(name.size() - 3, 3, ".db") == 0) files.push_back(name);
   }
   std::sort(files.begin(), files.end());
@@ -47,7 +44,7 @@ std::string Classify(const std::string& problem) {
 
 DatabaseState CheckDatabase(ncIDocMgr* docMgr, const std::string& directory, const std::string& name) {
   const std::string file = directory + "/" + name;
-  if (::access(file.c_str(), R_OK) != 0) return {name, "unreadable", OsErrorFromErrno(errno).text};
+  if (!platform::IsReadable(Wide(file))) return {name, "unreadable", OsErrorFromLastError().text};
   try {
     ncIDBMgr* db = docMgr->CreateDBMgr();
     db->Open(Wide(file));

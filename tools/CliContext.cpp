@@ -1,10 +1,7 @@
 #include "CliContext.h"
 
-#include <climits>
-#include <cerrno>
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
-#include <unistd.h>
 
 #include <stdexcept>
 #include <vector>
@@ -12,24 +9,43 @@
 #include "Translation.h"
 #include "base/Path.h"
 #include "docmgr/ncIPathMgr.h"
+#include "platform/ncPlatform.h"
 
 namespace {
 
-std::string ModuleBeside(const std::string& toolPath) {
-  char resolved[PATH_MAX];
-  std::string tool = ::realpath(toolPath.c_str(), resolved) ? resolved : toolPath;
-  const size_t slash = tool.rfind('/');
-  const std::string dir = slash == std::string::npos ? "." : tool.substr(0, slash);
-  return dir + "/../lib/libdocmgr.so";
+// The module file of the build or installation the tool belongs to.
+std::string ModuleBeside() {
+  const base::String toolDir = platform::GetModuleDirectory(reinterpret_cast<const void*>(&ModuleBeside));
+  return Narrow(toolDir) + "/../lib/" DOCMGR_MODULE_FILE_NAME;
+}
+
+bool OnWindows() { return platform::kPathSeparator == u'\\'; }
+
+// '\' is an ordinary character of a POSIX name.
+bool IsSeparator(char c) { return c == '/' || (OnWindows() && c == '\\'); }
+
+// The part of an absolute path no ".." climbs above: "/" on POSIX; on Windows a drive
+// ("C:/") or a share ("//server/share/").
+size_t RootLength(const std::string& path) {
+  if (path.size() >= 2 && path[1] == ':' && OnWindows()) return path.size() > 2 ? 3 : 2;
+  if (path.size() >= 2 && IsSeparator(path[0]) && IsSeparator(path[1]) && OnWindows()) {
+    size_t end = 2;
+    for (int names = 0; names < 2 && end < path.size(); ++names) {
+      while (end < path.size() && !IsSeparator(path[end])) ++end;
+      if (end < path.size()) ++end;
+    }
+    return end;
+  }
+  return !path.empty() && IsSeparator(path[0]) ? 1 : 0;
 }
 
 }  // namespace
 
 CliContext::~CliContext() { closeRoot(); }
 
-void CliContext::loadModule(const std::string& toolPath) {
+void CliContext::loadModule() {
   const char* configured = std::getenv("KESTROVE_MODULE");
-  const std::string file = configured ? configured : ModuleBeside(toolPath);
+  const std::string file = configured ? configured : ModuleBeside();
   if (NS_FAILED(host_.loadModule(file))) throw std::runtime_error(Tr("cannot load the module:") + (" " + host_.lastError()));
   LoadTranslations(file);
 }
@@ -61,11 +77,14 @@ void CliContext::closeRoot() {
 }
 
 std::string NormalPath(const std::string& path) {
+  std::string root = path.substr(0, RootLength(path));
+  for (char& c : root)
+    if (IsSeparator(c)) c = '/';
   std::vector<std::string> parts;
-  size_t begin = 0;
+  size_t begin = root.size();
   while (begin <= path.size()) {
-    size_t end = path.find('/', begin);
-    if (end == std::string::npos) end = path.size();
+    size_t end = begin;
+    while (end < path.size() && !IsSeparator(path[end])) ++end;
     const std::string part = path.substr(begin, end - begin);
     if (part == "..") {
       if (!parts.empty()) parts.pop_back();  // ".." above "/" stays at "/"
@@ -74,17 +93,23 @@ std::string NormalPath(const std::string& path) {
     }
     begin = end + 1;
   }
-  std::string normal;
+  if (parts.empty()) return root.empty() ? "/" : root;
+  std::string normal = root;
+  if (!normal.empty() && normal.back() == '/') normal.pop_back();
   for (const std::string& part : parts) normal += "/" + part;
-  return normal.empty() ? "/" : normal;
+  return normal;
 }
 
 std::string AbsolutePath(const std::string& path) {
-  if (!path.empty() && path[0] == '/') return NormalPath(path);
-  char cwd[PATH_MAX];
-  if (!::getcwd(cwd, sizeof cwd)) throw std::runtime_error("cannot read the current folder: " + std::string(std::strerror(errno)));
-  return NormalPath(std::string(cwd) + "/" + path);
+  const std::string full = Narrow(platform::GetFullPath(Wide(path)));
+  if (RootLength(full) == 0) throw std::runtime_error("cannot read the current folder");
+  return NormalPath(full);
 }
 
-base::String Wide(const std::string& text) { return base::FromUtf8(text); }
-std::string Narrow(const base::String& text) { return base::ToUtf8(text); }
+base::String Wide(const std::string& path) {
+  base::String wide = base::FromNativeBytes(path);
+  // The component cuts paths at the system's own separator only.
+  if (OnWindows()) std::replace(wide.begin(), wide.end(), u'/', platform::kPathSeparator);
+  return wide;
+}
+std::string Narrow(const base::String& text) { return base::ToNativeBytes(text); }

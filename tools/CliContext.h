@@ -17,8 +17,8 @@ class CliContext {
   CliContext() = default;
   ~CliContext();
 
-  // Loads the module: KESTROVE_MODULE, else ../lib/libdocmgr.so beside the tool.
-  void loadModule(const std::string& toolPath);
+  // Loads the module: KESTROVE_MODULE, else the module file in ../lib beside the tool.
+  void loadModule();
   // A document manager opened on root (log and messages in the same root).
   ncIDocMgr* openRoot(const std::string& root);
   void closeRoot();
@@ -41,9 +41,13 @@ class CliContext {
 };
 
 // An absolute path from a command-line argument, relative ones taken from the current
-// folder, without ".", ".." or repeated separators. ".." is resolved by the text, as a
-// shell's "cd -L" does, so a symbolic link in the path does not change which root is meant.
+// folder, without ".", ".." or repeated separators, '/' between names (Windows takes it as
+// well as '\'). ".." is resolved by the text, as a shell's "cd -L" does, so a symbolic link
+// in the path does not change which root is meant.
 std::string AbsolutePath(const std::string& path);
 std::string NormalPath(const std::string& path);
-base::String Wide(const std::string& text);
-std::string Narrow(const base::String& text);
+// Paths and file names in the tool are native bytes (WTF-8 on Windows): a name that is not
+// UTF-8 still reaches the same file. Wide gives the component a path with the system's
+// separators; other command-line texts go through base::FromNativeBytes as they are.
+base::String Wide(const std::string& path);
+std::string Narrow(const base::String& path);

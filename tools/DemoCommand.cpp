@@ -1,42 +1,35 @@
 // demo DIR: build a sample sync root with Latin and Chinese names and walk through the
 // tool's commands on it.
-#include <dirent.h>
-#include <sys/stat.h>
-
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <memory>
 
 #include "CacheDemo.h"
 #include "CliCommand.h"
 #include "Display.h"
 #include "JournalDemo.h"
+#include "OsError.h"
 #include "Translation.h"
+#include "platform/ncPlatform.h"
 
 namespace {
 
 void MakeSampleTree(const std::string& root) {
   const char* folders[] = {"", "/Projects", "/Projects/Reports", "/项目", "/项目/设计文档"};
-  for (const char* folder : folders) ::mkdir((root + folder).c_str(), 0777);  // the root itself may exist, empty
+  for (const char* folder : folders) platform::CreateDirectory(Wide(root + folder));  // the root itself may exist, empty
   const char* files[] = {"/readme.txt", "/Projects/plan.docx", "/Projects/Reports/summary 2026.xlsx",
                          "/项目/会议纪要.docx", "/项目/设计文档/产品设计.pdf"};
-  for (const char* file : files) std::ofstream(root + file) << "sample content of " << file << "\n";
+  for (const char* file : files)
+    platform::WriteWholeFile(Wide(root + file), std::string("sample content of ") + file + "\n");
 }
 
 // Why the demo may not build its sample root in dir, or "" when dir is new or empty: the
 // demo writes sample files and tags, and must never touch what a user keeps there.
 std::string WhyNotHere(const std::string& dir) {
-  struct stat info;
-  if (::lstat(dir.c_str(), &info) != 0) return errno == ENOENT ? "" : std::strerror(errno);
-  if (!S_ISDIR(info.st_mode)) return Tr("it exists and is not a folder");
-  std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(dir.c_str()), ::closedir);
-  if (!folder) return std::strerror(errno);
-  while (const dirent* entry = ::readdir(folder.get())) {
-    const std::string name = entry->d_name;
-    if (name != "." && name != "..") return Tr("the folder is not empty");
-  }
-  return "";
+  platform::FileInfo info;
+  if (!platform::GetFileInfo(Wide(dir), info))
+    return platform::GetLastError() == platform::kErrorFileNotFound ? "" : OsErrorFromLastError().text;
+  if (info.kind != platform::FileKind::kDirectory) return Tr("it exists and is not a folder");
+  std::vector<base::String> names;
+  if (!platform::ListDirectory(Wide(dir), names)) return OsErrorFromLastError().text;
+  return names.empty() ? "" : Tr("the folder is not empty");
 }
 
 void Step(const std::string& title) { std::printf("\n== %s\n", title.c_str()); }

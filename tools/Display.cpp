@@ -4,14 +4,15 @@
 #include <ctime>
 
 #include "Translation.h"
+#include "platform/ncPlatform.h"
 
 std::string LocalTimeText(int64_t seconds) {
   if (seconds <= 0) return "-";
-  const time_t when = static_cast<time_t>(seconds);
-  struct tm local;
+  platform::LocalTime local;
+  if (!platform::ToLocalTime(seconds, local)) return std::to_string(seconds);
   char text[32];
-  if (!::localtime_r(&when, &local) || !std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local))
-    return std::to_string(seconds);
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", local.year, local.month, local.day, local.hour,
+                local.minute, local.second);
   return text;
 }
 

@@ -41,5 +41,6 @@ class JsonWriter {
   bool afterKey_ = false;
 };
 
-// A JSON string literal; control characters are escaped.
+// A JSON string literal of native bytes, UTF-8 whatever the bytes: control characters and
+// the units that stand for bytes that are not UTF-8 are \u escapes.
 std::string JsonText(const std::string& text);

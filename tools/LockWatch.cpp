@@ -1,11 +1,10 @@
 #include "LockWatch.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 
+#include "CliContext.h"
 #include "JsonWriter.h"
 
 namespace {
@@ -20,26 +19,23 @@ const char* const kDatabases[] = {"cache.db", "nonius.db", "log.db", "msg.db", "
 
 // SQLite's lock bytes: in the shared-memory file of a WAL database the write, checkpoint
 // and recovery locks (offsets 120-122); in the database file the pending and reserved bytes.
-bool LockWatch::heldByOther(const std::string& file, off_t start, off_t length, long& pid) {
-  // Closing any descriptor of a file drops every POSIX lock this process holds on it,
-  // SQLite's included, so the descriptors stay open until the watcher ends.
-  auto fd = descriptors_.find(file);
-  if (fd == descriptors_.end()) {
-    const int opened = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-    if (opened < 0) return false;
-    fd = descriptors_.emplace(file, opened).first;
+bool LockWatch::heldByOther(const std::string& file, int64_t start, int64_t length, int64_t& pid) {
+  auto probe = probes_.find(file);
+  if (probe == probes_.end() || !probe->second->isOpen()) {
+    std::unique_ptr<ncFileLockProbe> opened(new ncFileLockProbe(Wide(file)));
+    if (!opened->isOpen()) return false;  // not there yet: asked again next time
+    probe = probes_.insert_or_assign(file, std::move(opened)).first;
   }
-  struct flock probe = {};
-  probe.l_type = F_WRLCK;
-  probe.l_whence = SEEK_SET;
-  probe.l_start = start;
-  probe.l_len = length;
-  const bool held = ::fcntl(fd->second, F_GETLK, &probe) == 0 && probe.l_type != F_UNLCK;
-  if (held) pid = static_cast<long>(probe.l_pid);
-  return held;
+  return probe->second->heldByOther(start, length, pid);
 }
 
 LockWatch::LockWatch(int timeoutSeconds, bool json) : timeoutSeconds_(timeoutSeconds), json_(json) {
+  if (!ncFileLockProbe::isSupported()) {
+    if (timeoutSeconds_ > 0)
+      std::fprintf(stderr, "docmgr-cli: --timeout has no effect here: this system cannot tell which process "
+                           "holds a database, so waits are not reported\n");
+    return;
+  }
   thread_ = std::thread(&LockWatch::run, this);
 }
 
@@ -49,8 +45,7 @@ LockWatch::~LockWatch() {
     stopping_ = true;
   }
   wake_.notify_all();
-  thread_.join();
-  for (const auto& fd : descriptors_) ::close(fd.second);
+  if (thread_.joinable()) thread_.join();
 }
 
 void LockWatch::watch(const std::string& dataDirectory) {
@@ -61,7 +56,7 @@ void LockWatch::watch(const std::string& dataDirectory) {
 
 void LockWatch::touch() { lastProgress = Clock::now().time_since_epoch().count(); }
 
-std::string LockWatch::lockedDatabase(long& pid) {
+std::string LockWatch::lockedDatabase(int64_t& pid) {
   for (const char* name : kDatabases) {
     const std::string file = dataDirectory_ + "/" + name;
     if (heldByOther(file + "-shm", 120, 3, pid) || heldByOther(file, 0x40000000, 2, pid)) return name;
@@ -75,7 +70,7 @@ void LockWatch::run() {
   while (!wake_.wait_for(lock, std::chrono::milliseconds(250), [this] { return stopping_; })) {
     const auto idle = Clock::now() - Clock::time_point(Clock::duration(lastProgress.load()));
     const int waited = static_cast<int>(std::chrono::duration_cast<std::chrono::seconds>(idle).count());
-    long pid = 0;
+    int64_t pid = 0;
     const std::string database = waited >= 1 && !dataDirectory_.empty() ? lockedDatabase(pid) : std::string();
     if (database.empty()) {
       lastReport = -1;
@@ -85,12 +80,12 @@ void LockWatch::run() {
       std::fflush(stdout);
       if (json_)
         JsonWriter().beginObject().member("error", "gave up waiting for " + database + ": locked by another process")
-            .member("database", database).member("pid", static_cast<int64_t>(pid)).member("waitedSeconds", waited)
+            .member("database", database).member("pid", pid).member("waitedSeconds", waited)
             .endObject().print();
-      std::fprintf(stderr, "docmgr-cli: gave up waiting for %s after %d s (--timeout); locked by another process (pid %ld)\n",
-                   database.c_str(), waited, pid);
+      std::fprintf(stderr, "docmgr-cli: gave up waiting for %s after %d s (--timeout); locked by another process (pid %lld)\n",
+                   database.c_str(), waited, static_cast<long long>(pid));
       std::fflush(stdout);
-      ::_exit(1);
+      std::_Exit(1);
     }
     // First after a second, then every five seconds.
     if (lastReport < 0 || waited - lastReport >= 5) {
@@ -100,9 +95,10 @@ void LockWatch::run() {
   }
 }
 
-void LockWatch::report(const std::string& database, long pid, int waitedSeconds) {
+void LockWatch::report(const std::string& database, int64_t pid, int waitedSeconds) {
   if (waitedSeconds <= 1)
-    std::fprintf(stderr, "docmgr-cli: waiting for %s: locked by another process (pid %ld)\n", database.c_str(), pid);
+    std::fprintf(stderr, "docmgr-cli: waiting for %s: locked by another process (pid %lld)\n", database.c_str(),
+                 static_cast<long long>(pid));
   else
     std::fprintf(stderr, "docmgr-cli: still waiting for %s: locked by another process, %d s so far\n", database.c_str(),
                  waitedSeconds);

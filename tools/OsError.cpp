@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/ncPlatform.h"
+
 namespace {
 
 // The component reports OS failures with Win32 codes; on Linux the person at the terminal
@@ -46,3 +48,9 @@ OsError FindOsError(const base::Exception& failure) {
 }
 
 OsError OsErrorFromErrno(int error) { return {Win32CodeFor(error), std::strerror(error)}; }
+
+OsError OsErrorFromLastError() {
+  const uint32_t code = platform::GetLastError();
+  const int error = ErrnoFor(static_cast<int>(code));
+  return {static_cast<int>(code), error ? std::strerror(error) : base::ToUtf8(platform::SystemErrorText(code))};
+}

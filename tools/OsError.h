@@ -16,3 +16,5 @@ struct OsError {
 OsError FindOsError(const base::Exception& failure);
 // The words for an errno value.
 OsError OsErrorFromErrno(int error);
+// The failure the platform layer's last call left (platform::GetLastError).
+OsError OsErrorFromLastError();

@@ -1,12 +1,7 @@
 #include "ScanCollector.h"
 
-#include <dirent.h>
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
-#include <memory>
 #include <stdexcept>
 
 #include "CacheCliSupport.h"
@@ -25,30 +20,29 @@ std::string Lower(std::string text) {
 }
 
 bool HasDataDirectory(const std::string& folder) {
-  struct stat info;
-  return ::lstat((folder + "/" + kDataDirectoryName).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+  platform::FileInfo info;
+  return platform::GetFileInfo(Wide(folder + "/" + kDataDirectoryName), info) &&
+         info.kind == platform::FileKind::kDirectory;
 }
 
-// The names in a folder, sorted; false with errno set when it cannot be listed.
+// The names in a folder, sorted by their bytes; false with the platform's last error when
+// it cannot be listed.
 bool ListFolder(const std::string& folder, std::vector<std::string>& names) {
-  std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(folder.c_str()), ::closedir);
-  if (!dir) return false;
-  errno = 0;
-  while (const dirent* item = ::readdir(dir.get())) {
-    const std::string name = item->d_name;
-    if (name != "." && name != "..") names.push_back(name);
-  }
-  if (errno != 0) return false;
+  std::vector<base::String> entries;
+  if (!platform::ListDirectory(Wide(folder), entries)) return false;
+  for (const base::String& entry : entries) names.push_back(Narrow(entry));
   std::sort(names.begin(), names.end());
   return true;
 }
 
-std::string SpecialFileText(mode_t mode) {
-  if (S_ISLNK(mode)) return "symbolic link: links are not synchronised";
-  if (S_ISFIFO(mode)) return "named pipe: only regular files and folders are synchronised";
-  if (S_ISSOCK(mode)) return "socket: only regular files and folders are synchronised";
-  if (S_ISCHR(mode) || S_ISBLK(mode)) return "device: only regular files and folders are synchronised";
-  return "special file: only regular files and folders are synchronised";
+std::string SpecialFileText(platform::FileKind kind) {
+  switch (kind) {
+    case platform::FileKind::kLink: return "symbolic link: links are not synchronised";
+    case platform::FileKind::kPipe: return "named pipe: only regular files and folders are synchronised";
+    case platform::FileKind::kSocket: return "socket: only regular files and folders are synchronised";
+    case platform::FileKind::kDevice: return "device: only regular files and folders are synchronised";
+    default: return "special file: only regular files and folders are synchronised";
+  }
 }
 
 }  // namespace
@@ -85,14 +79,15 @@ ScanCollection ScanCollector::collect() {
   return out;
 }
 
-std::string ScanCollector::skipReason(const std::string& path, const std::string& name, mode_t mode,
+std::string ScanCollector::skipReason(const std::string& path, const std::string& name, platform::FileKind kind,
                                       bool inNestedRoot) {
-  if (!S_ISDIR(mode) && !S_ISREG(mode)) return SpecialFileText(mode);
-  if (S_ISDIR(mode) && EndsWith(name, kDataDirectoryName))
+  const bool isDir = kind == platform::FileKind::kDirectory;
+  if (!isDir && kind != platform::FileKind::kRegularFile) return SpecialFileText(kind);
+  if (isDir && EndsWith(name, kDataDirectoryName))
     return "data directory of a nested sync root";
-  if (S_ISDIR(mode) && inNestedRoot && name == unsyncFolderName_)
+  if (isDir && inNestedRoot && name == unsyncFolderName_)
     return "unsynchronised-documents folder of a sync root";
-  if (isIgnored_(path)) return IgnoreRuleText(name, S_ISREG(mode));
+  if (isIgnored_(path)) return IgnoreRuleText(name, !isDir);
   return std::string();
 }
 
@@ -100,28 +95,27 @@ std::string ScanCollector::skipReason(const std::string& path, const std::string
 void ScanCollector::collectFolder(const std::string& folder, bool isRoot, ScanCollection& out) {
   std::vector<std::string> names;
   if (!ListFolder(folder, names)) {
-    out.unreadable.push_back({folder, OsErrorFromErrno(errno)});
+    out.unreadable.push_back({folder, OsErrorFromLastError()});
     return;
   }
   std::set<std::string>& present = out.listed[folder];
   for (const std::string& name : names) {
     const std::string path = folder + "/" + name;
     if (path == root_ + "/" + kDataDirectoryName) continue;  // the tool's own state, never user data
-    struct stat info;
-    if (::lstat(path.c_str(), &info) != 0) {
-      out.unreadable.push_back({path, OsErrorFromErrno(errno)});
+    platform::FileInfo info;
+    if (!platform::GetFileInfo(Wide(path), info)) {
+      out.unreadable.push_back({path, OsErrorFromLastError()});
       present.insert(name);  // its record stays
       continue;
     }
-    const std::string reason = skipReason(path, name, info.st_mode, isRoot);
+    const std::string reason = skipReason(path, name, info.kind, isRoot);
     if (!reason.empty()) {
       out.skipped.push_back({path, reason});
       continue;
     }
     present.insert(name);
-    const bool isDir = S_ISDIR(info.st_mode);
-    const int64_t mtime = static_cast<int64_t>(info.st_mtim.tv_sec) * 1000000 + info.st_mtim.tv_nsec / 1000;
-    out.entries.push_back({path, isDir, mtime, isDir ? 0 : static_cast<int64_t>(info.st_size)});
+    const bool isDir = info.kind == platform::FileKind::kDirectory;
+    out.entries.push_back({path, isDir, info.modifiedMicros, info.size});
     if (isDir) collectFolder(path, HasDataDirectory(path), out);
   }
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "OsError.h"
+#include "platform/ncPlatform.h"
 
 struct ScanEntry {
   std::string path;  // absolute
@@ -48,7 +49,7 @@ class ScanCollector {
  private:
   void collectFolder(const std::string& folder, bool isNestedRoot, ScanCollection& out);
   // Why an item is not recorded, or "" when it is.
-  std::string skipReason(const std::string& path, const std::string& name, mode_t mode, bool inNestedRoot);
+  std::string skipReason(const std::string& path, const std::string& name, platform::FileKind kind, bool inNestedRoot);
 
   std::string root_;
   std::string unsyncFolderName_;

@@ -2,12 +2,9 @@
 // sync engine's local scan does, with generated document ids that follow the folders.
 // Four steps: collect (walk the tree), record (cache rows, tags, log), prune (rows of what
 // is gone), report.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <random>
@@ -23,6 +20,7 @@
 #include "Translation.h"
 #include "docmgr/ncIADSMgr.h"
 #include "docmgr/ncILogMgr.h"
+#include "platform/ncPlatform.h"
 
 namespace {
 
@@ -61,7 +59,9 @@ struct ScanStores {
   ncILogMgr* log = nullptr;
 };
 
-bool FileExists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
+bool FileExists(const std::string& path) {
+  return platform::GetFileAttributes(Wide(path)) != platform::kInvalidAttributes;
+}
 
 // A node name as the server makes them: 32 upper-case hex digits.
 base::String NewNodeName(std::mt19937_64& random) {
@@ -328,10 +328,11 @@ int Scan(CliContext& context, const std::vector<std::string>& args) {
   const bool complete = found.unreadable.empty() &&
                         std::none_of(tally.failures.begin(), tally.failures.end(),
                                      [](const ScanFailure& f) { return f.what == "record"; });
-  if (tally.baseline && complete && !options.dryRun) std::ofstream(marker) << "the first scan recorded the whole tree\n";
+  if (tally.baseline && complete && !options.dryRun) platform::WriteWholeFile(Wide(marker), "the first scan recorded the whole tree\n");
 
   if (context.json) ReportJson(options, found, tally);
   else ReportText(options, found, tally);
+  if (scratch) context.closeRoot();  // Windows removes no file that is still open
   return found.unreadable.empty() && tally.failures.empty() ? 0 : 1;
 }
 

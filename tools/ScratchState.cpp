@@ -1,20 +1,24 @@
 #include "ScratchState.h"
 
-#include <ftw.h>
-#include <stdlib.h>
-
-#include <cstdio>
-
 #include "CliCommand.h"
 #include "Translation.h"
+#include "base/Directory.h"
+#include "base/Guid.h"
+#include "docmgr/Exception.h"
+#include "platform/ncPlatform.h"
 
 ScratchState::ScratchState() {
-  char pattern[] = "/tmp/docmgr-cli-dry-run.XXXXXX";
-  if (!::mkdtemp(pattern)) throw CliError(Tr("cannot create a scratch folder in /tmp"));
-  path_ = pattern;
+  const base::String folder = platform::GetTempDirectory();
+  const base::String path = folder + platform::kPathSeparator + u"docmgr-cli-dry-run." + base::Guid::create().toString();
+  if (!platform::CreateDirectory(path))
+    throw CliError(Tr("cannot create a scratch folder in the temporary folder") + (": " + Narrow(folder)));
+  path_ = Narrow(path);
 }
 
 ScratchState::~ScratchState() {
-  ::nftw(path_.c_str(), [](const char* item, const struct stat*, int, struct FTW*) { return std::remove(item); }, 16,
-         FTW_DEPTH | FTW_PHYS);
+  try {
+    base::Directory::removeTree(Wide(path_));
+  } catch (const base::Exception&) {
+    // A scratch folder left behind in the temporary folder harms nothing.
+  }
 }

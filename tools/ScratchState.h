@@ -10,7 +10,7 @@ class ScratchState {
   ~ScratchState();
   ScratchState(const ScratchState&) = delete;
   ScratchState& operator=(const ScratchState&) = delete;
-  // A new empty folder under /tmp; throws CliError when none can be made.
+  // A new empty folder in the temporary folder; throws CliError when none can be made.
   const std::string& path() const { return path_; }
 
  private:

@@ -12,7 +12,7 @@ int Search(CliContext& context, const std::vector<std::string>& args) {
   const std::string root = CheckSyncRoot(args[0], true);
   nsCOMPtr<ncICacheMgr> cache = MainCacheMgr(context.openRoot(root));
   std::vector<ncCacheSearchInfo> hits;
-  cache->Search(Wide(args[1]), u"[", u"]", hits, kMaxHits);
+  cache->Search(base::FromNativeBytes(args[1]), u"[", u"]", hits, kMaxHits);
 
   if (context.json) {
     JsonWriter json;

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 
+#include "CliContext.h"
 #include "base/MoResourceLoader.h"
 #include "base/ResourceFile.h"
 
@@ -29,7 +30,7 @@ void LoadTranslations(const std::string& moduleFile) {
     const std::string dir = slash == std::string::npos ? "." : moduleFile.substr(0, slash);
     file = dir + "/../share/kestrove/locale/" + language + "/docmgr.mo";
   }
-  Catalogue().reset(new base::MoResourceLoader(base::FromUtf8(file), kNoBuiltInTexts));
+  Catalogue().reset(new base::MoResourceLoader(Wide(file), kNoBuiltInTexts));
 }
 
 const char* Tr(const char* english) {

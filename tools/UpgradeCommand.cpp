@@ -12,6 +12,7 @@
 #include "Translation.h"
 #include "docmgr/Exception.h"
 #include "docmgr/ncIUpgradeMgr.h"
+#include "platform/ncPlatform.h"
 
 namespace {
 
@@ -42,7 +43,8 @@ int ReadVersion(sqlite3* db, const char* table) {
 Versions ReadVersions(const std::string& dataDir) {
   Versions versions;
   sqlite3* db = nullptr;
-  const std::string path = dataDir + "/config.db";
+  // SQLite takes the platform's own form of a file name (UTF-8 on Windows).
+  const std::string path = platform::NativePath(Wide(dataDir + "/config.db"));
   if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
     versions.schema = ReadVersion(db, "tb_version");
     versions.view = ReadVersion(db, "tb_viewver");
@@ -67,7 +69,7 @@ bool ParseTypeName(const std::string& text, ncUpgradeData& data) {
   if (equals == 0 || equals == std::string::npos || equals + 1 == text.size()) return false;
   const std::string number = text.substr(0, equals);
   if (number.find_first_not_of("0123456789") != std::string::npos || number.size() > 9) return false;
-  data.typeNames[std::stoi(number)] = Wide(text.substr(equals + 1));
+  data.typeNames[std::stoi(number)] = base::FromNativeBytes(text.substr(equals + 1));
   return true;
 }
 

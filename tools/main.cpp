@@ -1,7 +1,5 @@
 // docmgr-cli: see and drive the local state of a sync root through the docmgr module,
 // loaded exactly as a client loads it.
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +12,7 @@
 #include "OsError.h"
 #include "Translation.h"
 #include "docmgr/Exception.h"
+#include "platform/ncPlatform.h"
 
 std::vector<CliCommand>& CliRegistry::commands() {
   static std::vector<CliCommand> list;
@@ -70,17 +69,19 @@ std::string ShortMessage(const std::string& message) {
 }
 
 // The options every command takes, wherever they stand.
-void TakeGlobalOptions(int argc, char** argv, CliContext& context, int& timeoutSeconds, std::vector<std::string>& args) {
-  for (int i = 1; i < argc; ++i) {
-    const std::string arg = argv[i];
+void TakeGlobalOptions(const std::vector<std::string>& arguments, CliContext& context, int& timeoutSeconds,
+                       std::vector<std::string>& args) {
+  const size_t count = arguments.size();
+  for (size_t i = 0; i < count; ++i) {
+    const std::string& arg = arguments[i];
     if (arg == "--json") {
       context.json = true;
     } else if (arg == "--quiet") {
       context.quiet = true;
     } else if (arg == "--timeout") {
       char* end = nullptr;
-      const long seconds = i + 1 < argc ? std::strtol(argv[i + 1], &end, 10) : 0;
-      if (i + 1 >= argc || *end != 0 || seconds < 1 || seconds > 86400)
+      const long seconds = i + 1 < count ? std::strtol(arguments[i + 1].c_str(), &end, 10) : 0;
+      if (i + 1 >= count || *end != 0 || seconds < 1 || seconds > 86400)
         throw CliError(Tr("--timeout needs a number of seconds (1 to 86400)"), kExitUsage);
       timeoutSeconds = static_cast<int>(seconds);
       ++i;
@@ -90,10 +91,10 @@ void TakeGlobalOptions(int argc, char** argv, CliContext& context, int& timeoutS
   }
 }
 
-int Run(CliContext& context, int argc, char** argv) {
+int Run(CliContext& context, const std::vector<std::string>& arguments) {
   std::vector<std::string> args;
   int timeoutSeconds = 0;
-  TakeGlobalOptions(argc, argv, context, timeoutSeconds, args);
+  TakeGlobalOptions(arguments, context, timeoutSeconds, args);
   if (args.empty()) {
     PrintUsage(stderr);
     return kExitUsage;
@@ -106,7 +107,7 @@ int Run(CliContext& context, int argc, char** argv) {
   const std::string name = args[0];
   args.erase(args.begin());
   context.watchLocks(timeoutSeconds);
-  context.loadModule(argv[0]);
+  context.loadModule();
   const int status = RunCommand(context, name, args);
   context.closeRoot();
   return status;
@@ -116,9 +117,9 @@ int Run(CliContext& context, int argc, char** argv) {
 
 int main(int argc, char** argv) {
   CliContext context;
-  context.quiet = !::isatty(STDERR_FILENO);
+  context.quiet = !platform::IsStandardErrorTerminal();
   try {
-    return Run(context, argc, argv);
+    return Run(context, platform::GetCommandLineArguments(argc, argv));
   } catch (const CliError& e) {
     ReportFailure(context, e.what(), e.exitCode(), 0, nullptr);
     return e.exitCode();

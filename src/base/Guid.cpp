@@ -15,4 +15,9 @@ Guid Guid::create() {
   return guid;
 }
 
+String Guid::toString() const {
+  return Format(u"{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", data1, data2, data3, data4[0], data4[1],
+                data4[2], data4[3], data4[4], data4[5], data4[6], data4[7]);
+}
+
 }  // namespace base

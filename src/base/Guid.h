@@ -14,6 +14,8 @@ struct Guid {
   uint8_t data4[8] = {0, 0, 0, 0, 0, 0, 0, 0};
 
   static Guid create();
+  // {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}
+  String toString() const;
 };
 
 }  // namespace base

@@ -79,20 +79,30 @@ bool GetFileSize(const String& path, int64_t& size);
 bool SetFileAttributes(const String& path, uint32_t attributes);
 
 // What is at a path, a link not followed: a link or a device is neither a regular file nor
-// a folder.
+// a folder. Windows tells only links (reparse points), folders and files apart.
+enum class FileKind { kRegularFile, kDirectory, kLink, kPipe, kSocket, kDevice, kOther };
 struct FileInfo {
   bool isDirectory;
   bool isRegularFile;
+  FileKind kind;
   int64_t size;
   int64_t modifiedMicros;  // since 1970
 };
 bool GetFileInfo(const String& path, FileInfo& info);
+// True for a folder or a link to one.
+bool IsDirectory(const String& path);
 // The absolute form of a path, against the current folder.
 String GetFullPath(const String& path);
 
 bool CreateDirectory(const String& path);
 // Creates an empty file, truncating an existing one.
 bool CreateEmptyFile(const String& path);
+// Creates the file or truncates an existing one, then writes bytes into it.
+bool WriteWholeFile(const String& path, const std::string& bytes);
+// True when this process may open the file for reading.
+bool IsReadable(const String& path);
+// The folder for temporary files (POSIX: $TMPDIR, else /tmp), without a trailing separator.
+String GetTempDirectory();
 // Names of the entries of a folder, without "." and "..".
 bool ListDirectory(const String& path, std::vector<String>& names);
 bool RemoveDirectory(const String& path);
@@ -132,8 +142,17 @@ struct LocalTime {
   int year, month, day, hour, minute, second, millisecond;
 };
 LocalTime GetLocalTime();
+// The local time of a moment given in seconds since 1970; false when the system cannot
+// represent it.
+bool ToLocalTime(int64_t epochSeconds, LocalTime& local);
 int64_t GetEpochMillis();
 uint64_t GetCurrentThreadId();
+
+// True when the standard error stream is a terminal (a console on Windows).
+bool IsStandardErrorTerminal();
+// The program's arguments after its name, as native bytes for base::FromNativeBytes: on
+// POSIX argv as it is; on Windows the wide command line, whatever the code page.
+std::vector<std::string> GetCommandLineArguments(int argc, char** argv);
 
 // One error entry in the system log (syslog on POSIX, the event log on Windows).
 void WriteSystemLog(const std::string& utf8Text);

@@ -68,6 +68,16 @@ bool WriteDosAttributes(const std::string& path, uint32_t bits) {
   return ::setxattr(path.c_str(), kDosAttributeName, text, static_cast<size_t>(length), 0) == 0;
 }
 
+FileKind KindOf(mode_t mode) {
+  if (S_ISREG(mode)) return FileKind::kRegularFile;
+  if (S_ISDIR(mode)) return FileKind::kDirectory;
+  if (S_ISLNK(mode)) return FileKind::kLink;
+  if (S_ISFIFO(mode)) return FileKind::kPipe;
+  if (S_ISSOCK(mode)) return FileKind::kSocket;
+  if (S_ISCHR(mode) || S_ISBLK(mode)) return FileKind::kDevice;
+  return FileKind::kOther;
+}
+
 bool IsDotName(const std::string& path) {
   const size_t slash = path.rfind('/');
   const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
@@ -131,16 +141,23 @@ bool GetFileInfo(const String& path, FileInfo& out) {
   if (::lstat(NativePath(path).c_str(), &info) != 0) return FailFromErrno();
   out.isDirectory = S_ISDIR(info.st_mode);
   out.isRegularFile = S_ISREG(info.st_mode);
+  out.kind = KindOf(info.st_mode);
   out.size = out.isRegularFile ? static_cast<int64_t>(info.st_size) : 0;
   out.modifiedMicros = static_cast<int64_t>(info.st_mtim.tv_sec) * 1000000 + info.st_mtim.tv_nsec / 1000;
   return Succeed();
+}
+
+bool IsDirectory(const String& path) {
+  struct stat info;
+  if (::stat(NativePath(path).c_str(), &info) != 0) return FailFromErrno();
+  return S_ISDIR(info.st_mode) ? Succeed() : Fail(kErrorPathNotFound);
 }
 
 String GetFullPath(const String& path) {
   if (!path.empty() && path[0] == u'/') return path;
   std::unique_ptr<char, void (*)(void*)> cwd(::getcwd(nullptr, 0), std::free);
   if (!cwd) return path;
-  String absolute = base::FromUtf8(cwd.get()) + u"/" + path;
+  String absolute = base::FromNativeBytes(cwd.get()) + u"/" + path;
   while (absolute.size() > 1 && absolute.back() == u'/') absolute.pop_back();
   return absolute;
 }
@@ -179,14 +196,44 @@ bool CreateEmptyFile(const String& path) {
   return Succeed();
 }
 
+bool WriteWholeFile(const String& path, const std::string& bytes) {
+  const int fd = ::open(NativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd < 0) return FailFromErrno();
+  size_t written = 0;
+  while (written < bytes.size()) {
+    const ssize_t put = ::write(fd, bytes.data() + written, bytes.size() - written);
+    if (put < 0 && errno == EINTR) continue;
+    if (put < 0) {
+      const int error = errno;
+      ::close(fd);
+      return Fail(Win32ErrorFromErrno(error));
+    }
+    written += static_cast<size_t>(put);
+  }
+  if (::close(fd) != 0) return FailFromErrno();
+  return Succeed();
+}
+
+bool IsReadable(const String& path) {
+  return ::access(NativePath(path).c_str(), R_OK) == 0 ? Succeed() : FailFromErrno();
+}
+
+String GetTempDirectory() {
+  const char* configured = std::getenv("TMPDIR");
+  std::string folder = configured && configured[0] == '/' ? configured : "/tmp";
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  return base::FromNativeBytes(folder);
+}
+
 bool ListDirectory(const String& path, std::vector<String>& names) {
   std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(NativePath(path).c_str()), ::closedir);
   if (!dir) return FailFromErrno();
+  errno = 0;  // readdir tells the end from a failure only through errno
   while (const struct dirent* entry = ::readdir(dir.get())) {
     if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0) continue;
     names.push_back(base::FromNativeBytes(entry->d_name));
   }
-  return Succeed();
+  return errno == 0 ? Succeed() : FailFromErrno();
 }
 
 bool RemoveDirectory(const String& path) {
@@ -489,6 +536,14 @@ LocalTime GetLocalTime() {
                    local.tm_min,         local.tm_sec,     static_cast<int>(now.tv_usec / 1000)};
 }
 
+bool ToLocalTime(int64_t epochSeconds, LocalTime& out) {
+  const time_t when = static_cast<time_t>(epochSeconds);
+  struct tm local;
+  if (!::localtime_r(&when, &local)) return false;
+  out = LocalTime{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, 0};
+  return true;
+}
+
 int64_t GetEpochMillis() {
   struct timeval now;
   ::gettimeofday(&now, nullptr);
@@ -496,6 +551,12 @@ int64_t GetEpochMillis() {
 }
 
 uint64_t GetCurrentThreadId() { return static_cast<uint64_t>(::syscall(SYS_gettid)); }
+
+bool IsStandardErrorTerminal() { return ::isatty(STDERR_FILENO) == 1; }
+
+std::vector<std::string> GetCommandLineArguments(int argc, char** argv) {
+  return std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc);
+}
 
 void WriteSystemLog(const std::string& utf8Text) { ::syslog(LOG_ERR, "%s", utf8Text.c_str()); }
 

@@ -7,6 +7,7 @@
 #include "platform/ncWin32.h"
 
 #include <objbase.h>
+#include <shellapi.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -167,12 +168,19 @@ bool GetFileInfo(const String& path, FileInfo& out) {
   const bool link = data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT;
   out.isDirectory = !link && (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
   out.isRegularFile = !link && !out.isDirectory;
+  out.kind = link ? FileKind::kLink : out.isDirectory ? FileKind::kDirectory : FileKind::kRegularFile;
   out.size = out.isRegularFile ? (static_cast<int64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow : 0;
   out.modifiedMicros = MicrosSince1970(data.ftLastWriteTime);
   return true;
 }
 
 String GetFullPath(const String& path) { return FullPath(path); }
+
+bool IsDirectory(const String& path) {
+  const DWORD attributes = ::GetFileAttributesW(SystemPath(path).c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return false;
+  return attributes & FILE_ATTRIBUTE_DIRECTORY ? Succeed() : Fail(kErrorPathNotFound);
+}
 
 bool SetFileAttributes(const String& path, uint32_t attributes) {
   return ::SetFileAttributesW(SystemPath(path).c_str(), attributes) != 0;
@@ -186,13 +194,33 @@ bool CreateEmptyFile(const String& path) {
   return file.valid();
 }
 
+bool WriteWholeFile(const String& path, const std::string& bytes) {
+  return WriteWholeFile(SystemPath(path), bytes) ? Succeed() : false;
+}
+
+bool IsReadable(const String& path) {
+  Handle file(::CreateFileW(SystemPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                            nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  return file.valid() ? Succeed() : false;
+}
+
+String GetTempDirectory() {
+  wchar_t folder[MAX_PATH + 2];
+  const DWORD length = ::GetTempPathW(MAX_PATH + 2, folder);
+  String path = length > 0 && length < MAX_PATH + 2 ? FromWide(folder, length) : String(u".");
+  while (path.size() > 3 && (path.back() == u'\\' || path.back() == u'/')) path.pop_back();
+  return path;
+}
+
 bool ListDirectory(const String& path, std::vector<String>& names) {
   WIN32_FIND_DATAW entry;
   FindHandle find(::FindFirstFileW((SystemPath(path) + L"\\*").c_str(), &entry));
   if (!find.valid()) return false;
   do {
+    // No Windows name holds a ':'; Wine keeps a named stream as a file "name:stream",
+    // which is part of the file, not an entry of the folder.
     const std::wstring name = entry.cFileName;
-    if (name != L"." && name != L"..") names.push_back(FromWide(name));
+    if (name != L"." && name != L".." && name.find(L':') == std::wstring::npos) names.push_back(FromWide(name));
   } while (::FindNextFileW(find.get(), &entry));
   return ::GetLastError() == ERROR_NO_MORE_FILES ? Succeed() : false;
 }
@@ -317,6 +345,17 @@ LocalTime GetLocalTime() {
   return LocalTime{now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds};
 }
 
+bool ToLocalTime(int64_t epochSeconds, LocalTime& out) {
+  const int64_t ticks = (epochSeconds + 11644473600LL) * 10000000LL;  // 100 ns since 1601
+  if (epochSeconds < 0 || ticks < 0) return false;
+  const FILETIME utc = {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+  SYSTEMTIME universal, local;
+  if (!::FileTimeToSystemTime(&utc, &universal) || !::SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local))
+    return false;
+  out = LocalTime{local.wYear, local.wMonth, local.wDay, local.wHour, local.wMinute, local.wSecond, 0};
+  return true;
+}
+
 int64_t GetEpochMillis() {
   FILETIME now;
   ::GetSystemTimeAsFileTime(&now);
@@ -324,6 +363,25 @@ int64_t GetEpochMillis() {
 }
 
 uint64_t GetCurrentThreadId() { return ::GetCurrentThreadId(); }
+
+bool IsStandardErrorTerminal() {
+  DWORD mode = 0;
+  return ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+}
+
+// The narrow argv of a Windows program is in the ANSI code page, which loses what it lacks.
+std::vector<std::string> GetCommandLineArguments(int argc, char** argv) {
+  int count = 0;
+  wchar_t** wide = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+  std::vector<std::string> arguments;
+  if (!wide || count != argc) {
+    if (wide) ::LocalFree(wide);
+    return std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc);
+  }
+  for (int i = 1; i < count; ++i) arguments.push_back(base::ToNativeBytes(FromWide(wide[i], wcslen(wide[i]))));
+  ::LocalFree(wide);
+  return arguments;
+}
 
 void WriteSystemLog(const std::string& utf8Text) {
   HANDLE source = ::RegisterEventSourceW(nullptr, L"docmgr");
