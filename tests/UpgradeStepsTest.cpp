@@ -281,10 +281,7 @@ class LayoutRoot {
   ncUpgradeSummary ConvertTo(int layout) {
     nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
     upgrade->Init(dir_.child("main"), dir_.child("logs"), {}, layout);
-    ncUpgradeView shared;
-    shared.name = u"Shared";
-    shared.topFolders = {u"B"};
-    upgrade->SetViews({shared});
+    upgrade->SetViews({ncUpgradeView{u"Shared", 0, {u"B"}}});
     const ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
     upgrade->Close();
     return summary;
