@@ -15,28 +15,31 @@ using base::String;
 
 namespace {
 
-void StampVersion(const String& root, int version, int viewVersion) {
-  ncConfigDBInfo config;
-  config.Init(root, false);
-  config.UpdateVersionNum(version);
-  if (viewVersion) config.UpdateViewVer(viewVersion);
-  config.Close();
-}
+using test::StampVersion;
 
-TEST(UpgradeMgrTest, FreshInstallationNeedsNothing) {
-  test::TempDir dir;
-  nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
-  upgrade->Init(dir.child("main"), dir.child("logs"), {dir.child("local")}, 2);
-  EXPECT_FALSE(upgrade->NeedUpgrade());
-  EXPECT_FALSE(upgrade->NeedData());
-  EXPECT_EQ(2, test::RunUpgradeToEnd(upgrade.get()).state);
-  upgrade->Close();
-  ncConfigDBInfo primary, local;
-  primary.Init(dir.child("main"), false);
-  EXPECT_EQ(24, primary.GetVersionNum());
-  EXPECT_EQ(2, primary.GetViewVer());
-  local.Init(dir.child("local"), true);
-  EXPECT_EQ(24, local.GetVersionNum());
+// A fresh installation records the current versions and the requested layout; an existing
+// root converts only from layout 1 or 2, and only a conversion is recorded.
+TEST(UpgradeMgrTest, FreshRootsAndConversionsRecordTheLayout) {
+  const struct { int stored, requested, recorded; } cases[] = {{0, 2, 2}, {1, 2, 2}, {3, 1, 3}};
+  for (const auto& layout : cases) {
+    SCOPED_TRACE(layout.stored);
+    test::TempDir dir;
+    if (layout.stored) {
+      StampVersion(dir.child("main"), 24, layout.stored);
+      StampVersion(dir.child("logs"), 24, 0);
+    }
+    nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
+    upgrade->Init(dir.child("main"), dir.child("logs"), {dir.child("local")}, layout.requested);
+    EXPECT_EQ(layout.stored != 0, upgrade->NeedUpgrade());
+    EXPECT_FALSE(upgrade->NeedData());
+    EXPECT_EQ(2, test::RunUpgradeToEnd(upgrade.get()).state);
+    upgrade->Close();
+    ncConfigDBInfo primary;
+    primary.Init(dir.child("main"), false);
+    EXPECT_EQ(layout.recorded, primary.GetViewVer());
+    EXPECT_EQ(24, primary.GetVersionNum());
+    EXPECT_EQ(24, test::StoredVersion(dir.child("local"), true));
+  }
 }
 
 TEST(UpgradeMgrTest, VersionsOutOfRangeAreIncompatible) {
@@ -60,9 +63,10 @@ TEST(UpgradeMgrTest, OlderRootsAreCountedAndJournalsMoveToTheSecondRoot) {
   ncUpgradeSummary summary;
   upgrade->GetSummary(summary);
   EXPECT_EQ((24 - 6) * 2 + 1, summary.total);  // both roots at 6, plus the view layout
-  EXPECT_EQ("log", test::ReadFile(dir.path() + "/logs/.kestrove.cache/log.db"));
-  EXPECT_EQ("msg", test::ReadFile(dir.path() + "/logs/.kestrove.cache/msg.db"));
-  EXPECT_FALSE(test::Exists(dir.path() + "/main/.kestrove.cache/log.db"));
+  for (const std::string journal : {"log", "msg"}) {
+    EXPECT_EQ(journal, test::ReadFile(dir.path() + "/logs/.kestrove.cache/" + journal + ".db"));
+    EXPECT_FALSE(test::Exists(dir.path() + "/main/.kestrove.cache/" + journal + ".db"));
+  }
 
   // The moved journals are no databases: the first step of the second root fails on
   // them, and no version is recorded past it.
@@ -71,9 +75,7 @@ TEST(UpgradeMgrTest, OlderRootsAreCountedAndJournalsMoveToTheSecondRoot) {
   EXPECT_FALSE(summary.message.empty());
   EXPECT_EQ(0.0, summary.done);
   upgrade->Close();
-  ncConfigDBInfo logs;
-  logs.Init(dir.child("logs"), false);
-  EXPECT_EQ(6, logs.GetVersionNum());
+  EXPECT_EQ(6, test::StoredVersion(dir.child("logs")));
 }
 
 TEST(UpgradeMgrTest, MovedJournalKeepsWhatWasStillInItsWriteAheadLog) {
@@ -97,24 +99,6 @@ TEST(UpgradeMgrTest, MovedJournalKeepsWhatWasStillInItsWriteAheadLog) {
   nsCOMPtr<ncDBMgr> moved(NC_NEW(ncDBMgr));
   moved->Open(dir.child("logs/.kestrove.cache/log.db"));
   EXPECT_EQ((test::Rows{{"3"}}), test::Query(moved.get(), "select count(*) from t"));
-  moved->Close();
-}
-
-TEST(UpgradeMgrTest, OnlyLayoutsOneAndTwoConvertAndOnlyAConversionIsRecorded) {
-  for (const auto& views : std::vector<std::pair<int, int>>{{1, 2}, {3, 1}}) {
-    test::TempDir dir;
-    StampVersion(dir.child("main"), 24, views.first);
-    StampVersion(dir.child("logs"), 24, 0);
-    nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
-    upgrade->Init(dir.child("main"), dir.child("logs"), {}, views.second);
-    EXPECT_TRUE(upgrade->NeedUpgrade());
-    const ncUpgradeSummary summary = test::RunUpgradeToEnd(upgrade.get());
-    EXPECT_EQ(2, summary.state);
-    upgrade->Close();
-    ncConfigDBInfo primary;
-    primary.Init(dir.child("main"), false);
-    EXPECT_EQ(views.first == 1 ? 2 : 3, primary.GetViewVer());
-  }
 }
 
 }  // namespace
