@@ -12,14 +12,10 @@
 
 namespace {
 
-// The module-wide state of the library object. The loader is owned from onInitLibrary to
-// onCloseLibrary; its holder is never destroyed, because the library closes while the
-// module's statics are destroyed, in an order no translation unit controls. The allocator
-// belongs to the pool, which takes it back at close.
-std::unique_ptr<base::MoResourceLoader>& ResourceLoader() {
-  static auto* const holder = new std::unique_ptr<base::MoResourceLoader>();
-  return *holder;
-}
+// Created by onInitLibrary and destroyed by onCloseLibrary. Plain pointers on purpose: the
+// close runs while the module's statics are destroyed, and an owning global could already
+// be gone by then.
+base::MoResourceLoader* resourceLoader = nullptr;
 base::ncIAllocator* moduleAllocator = nullptr;
 
 // English texts used when no catalogue is found; the catalogues carry the same keys.
@@ -50,7 +46,8 @@ void ncDocMgrLibrary::onInitLibrary(base::AppSettings* settings, base::AppContex
   try {
     const base::String file = base::ResourceFile::getResourceFileName(
         u"docmgr", settings, context, u"mo", reinterpret_cast<const void*>(&kBuiltInTexts));
-    ResourceLoader() = std::make_unique<base::MoResourceLoader>(file, kBuiltInTexts);
+    delete resourceLoader;
+    resourceLoader = new base::MoResourceLoader(file, kBuiltInTexts);
     if (base::ncModulePool::getInstance() && !moduleAllocator)
       moduleAllocator = base::ncBasePool::createAllocator("docMgrAlloc", 0, std::numeric_limits<int64_t>::max());
   } catch (const base::Exception&) {
@@ -63,7 +60,8 @@ void ncDocMgrLibrary::onInitLibrary(base::AppSettings* settings, base::AppContex
 }
 
 void ncDocMgrLibrary::onCloseLibrary() {
-  ResourceLoader().reset();
+  delete resourceLoader;
+  resourceLoader = nullptr;
   if (base::ncModulePool::getInstance() && moduleAllocator) {
     base::ncBasePool::deleteAllocator(moduleAllocator);
     moduleAllocator = nullptr;
@@ -75,7 +73,7 @@ base::ncIAllocator* ncDocMgrLibrary::getAllocator() { return moduleAllocator; }
 base::MoResourceLoader* ncDocMgrLibrary::getResourceLoader() {
   // Texts stay available before start-up and after close: built-in English.
   static base::MoResourceLoader builtInOnly(base::String(), kBuiltInTexts);
-  return ResourceLoader() ? ResourceLoader().get() : &builtInOnly;
+  return resourceLoader ? resourceLoader : &builtInOnly;
 }
 
 base::String ncDocMgrLibrary::loadString(const base::String& key) { return getResourceLoader()->getString(key); }
