@@ -267,10 +267,7 @@ TEST_F(FileMgrTagsTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolderAndFo
   EXPECT_EQ("01110", Tags(first));  // no longer that document, no error; delay, status and view stay
   EXPECT_EQ("Z-Unsynchronized Documents", test::FolderDisplayText(base::ToUtf8(unsync)));
 
-  WriteFile(p("sub/x.txt"), "second");
-  EXPECT_EQ(base::Path::combine(unsync, u"sub/x (2).txt"), fileMgr->CreateDupDoc(w("sub/x.txt"), kDocId));
-
-  test::TempDir outside;
+  test::TempDir outside;  // from outside the root: at the top of the folder
   WriteFile(outside.path() + "/far.txt", "far");
   EXPECT_EQ(base::Path::combine(unsync, u"far.txt"), fileMgr->CreateDupDoc(outside.child("far.txt"), kDocId));
 
