@@ -177,10 +177,9 @@ TEST_F(FileMgrTest, DeleteRemovesReadOnlyTreesButNotWhatLinksPointTo) {
       [&]() -> int {
         Lay({{"tree/", ""}, {"tree/sub/", ""}, {"tree/sub/ro.txt", "r"}, {"tree/top.txt", "t"}});
         if (!test::MakeSymlink(p("outside"), tree + "/link")) return 3;
-        platform::SetFileAttributes(base::FromUtf8(tree + "/sub/ro.txt"), platform::kAttrReadOnly);
-        platform::SetFileAttributes(base::FromUtf8(tree + "/top.txt"),
-                                    platform::kAttrReadOnly | platform::kAttrHidden | platform::kAttrSystem);
-        platform::SetFileAttributes(base::FromUtf8(tree + "/sub"), platform::kAttrReadOnly);
+        platform::SetFileAttributes(w("tree/sub/ro.txt"), platform::kAttrReadOnly);
+        platform::SetFileAttributes(w("tree/top.txt"), platform::kAttrReadOnly | platform::kAttrHidden | platform::kAttrSystem);
+        platform::SetFileAttributes(w("tree/sub"), platform::kAttrReadOnly);
         try {
           fileMgr->Delete(base::FromUtf8(tree));
         } catch (const base::Exception&) {
@@ -190,8 +189,7 @@ TEST_F(FileMgrTest, DeleteRemovesReadOnlyTreesButNotWhatLinksPointTo) {
       },
       why);
   if (result < 0) GTEST_SKIP() << "cannot make permission bits apply: " << why;
-  EXPECT_EQ(0, result);
-  EXPECT_FALSE(Exists(tree));
+  EXPECT_EQ(0, result);  // 2: something of the tree is left
   EXPECT_EQ("keep", ReadFile(p("outside/keep")));
   fileMgr->Delete(w("tree"));  // nothing left: quiet
 }
