@@ -108,9 +108,8 @@ struct ModuleRoots {
   ModuleRoots() {
     test::MakeDir(dir.path() + "/main");
     // A constructor cannot stop the test with ASSERT; the exception fails it instead.
-    if (host.addModule(NSGetModule, "in-process") != NS_OK) throw std::runtime_error("the module did not register");
-    docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
-    if (!docMgr) throw std::runtime_error("the module did not create the document manager");
+    if (host.addModule(NSGetModule, "in-process") != NS_OK || !(docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID)))
+      throw std::runtime_error("the module did not register or create the document manager");
     docMgr->Init(main, main, {}, true, u"tester");
     docMgr->AddLocalSync(local);
   }
