@@ -32,7 +32,6 @@ TEST(PathMgrTest, MainRootPaths) {
   EXPECT_TRUE(pathMgr->IsInRootPath(test::Native(u"/home/u/sync/a"), false));
   EXPECT_FALSE(pathMgr->IsInRootPath(test::Native(u"/home/u/Sync"), false));
   EXPECT_TRUE(pathMgr->IsInDBPath(test::Native(u"/home/u/Sync/.kestrove.cache/cache.db"), false));
-  EXPECT_TRUE(pathMgr->IsInUnsyncDoc(pathMgr->GetUnsyncDocPath(), true));
 
   EXPECT_EQ(u"", pathMgr->GetRelativePath(test::Native(u"/home/u/Sync")));
   EXPECT_EQ(u"a", pathMgr->GetRelativePath(u"\\\\?\\" + test::Native(u"/home/u/Sync/a")));
@@ -43,14 +42,9 @@ TEST(PathMgrTest, MainRootPaths) {
 
 TEST(PathMgrTest, LocalSyncRootPathsStartWithTheRootName) {
   nsCOMPtr<ncPathMgr> pathMgr = MakePathMgr(test::Native(u"/work/Sync"), true);
-  EXPECT_FALSE(pathMgr->IsDriveRoot());
-  EXPECT_EQ(u"Sync\\x", pathMgr->GetRelativePath(test::Native(u"/work/Sync/x")));
   EXPECT_EQ(test::Native(u"/work/Sync/x"), pathMgr->GetAbsolutePath(u"Sync\\x"));
-  nsCOMPtr<ncPathMgr> underRoot = MakePathMgr(test::Native(u"/data"), true);
-  EXPECT_EQ(u"data\\x", underRoot->GetRelativePath(test::Native(u"/data/x")));
-  EXPECT_EQ(test::Native(u"/data/x/y"), underRoot->GetAbsolutePath(u"data\\x\\y"));
+  EXPECT_EQ(u"data\\x", MakePathMgr(test::Native(u"/data"), true)->GetRelativePath(test::Native(u"/data/x")));
   EXPECT_TRUE(MakePathMgr(u"D:", true)->IsDriveRoot());
-  EXPECT_FALSE(MakePathMgr(u"D:", false)->IsDriveRoot());
 }
 
 class PathRulesTest : public ::testing::Test {
@@ -75,56 +69,37 @@ class PathRulesTest : public ::testing::Test {
 };
 
 TEST_F(PathRulesTest, EachIgnoreRuleAndTheCadTemporariesMatchAndTheirNearMissesDoNot) {
-  test::WriteFile(dir.path() + "/A1B2C3D4", "x");
-  test::WriteFile(dir.path() + "/A1B2_3D4", "x");
-  test::WriteFile(dir.path() + "/A1B2C3D", "x");
+  // The eight-character rule needs an existing file; a folder or a near name is not it.
+  for (const char* name : {"A1B2C3D4", "A1B2_3D4", "A1B2C3D"}) test::WriteFile(dir.path() + "/" + name, "x");
   test::MakeDir(dir.path() + "/B1B2C3D4");
-  const struct {
-    const char* name;
-    bool ignored;
-  } cases[] = {
-      {"report.docx", false},
-      {"atmp1234", true}, {"atmp.txt", false}, {"xatmp123", false},
-      {"~$report.docx", true}, {"~~$report.docx", true}, {"._photo.jpg", true}, {"_.photo.jpg", false},
-      {"movie.crdownload", true}, {"NOTES.TMP", true}, {"settings.td.cfg", true}, {"a.kestrove.bak", true},
-      {"tmp.txt", false}, {"a.tmpx", false}, {"a.bak.txt", false},
-      {"desktop.ini", true}, {"sub/Desktop.INI", true}, {".directory", true},
-      {"desktop.ini.txt", false}, {"mydesktop.ini", false},
-      {"A1B2C3D4", true}, {"B1B2C3D4", false}, {"C1B2C3D4", false}, {"A1B2_3D4", false}, {"A1B2C3D", false},
-      {"~proj.MPJ~", true}, {"~proj.mpj~", true}, {"proj.MPJ~", false},
-      {"TMP0.MPJ", true}, {"tmp0.mtw", true}, {"TMP1.MPJ", false},
-      {"a.txt___jb_tmp___", true}, {"b.txt___jb_old___", true}, {"c___jb_tmp___", false},
-      {"back\\slash.txt", test::kPosixBackend},  // a separator on Windows
-  };
-  for (const auto& c : cases) EXPECT_EQ(c.ignored, pathMgr->IsIgnorePath(at(c.name))) << c.name;
+  for (const char* name : {"atmp1234", "~$report.docx", "~~$report.docx", "._photo.jpg", "movie.crdownload", "NOTES.TMP",
+                           "settings.td.cfg", "a.kestrove.bak", "desktop.ini", "sub/Desktop.INI", ".directory", "A1B2C3D4",
+                           "~proj.MPJ~", "~proj.mpj~", "TMP0.MPJ", "tmp0.mtw", "a.txt___jb_tmp___", "b.txt___jb_old___"})
+    EXPECT_TRUE(pathMgr->IsIgnorePath(at(name))) << name;
+  for (const char* name : {"report.docx", "atmp.txt", "xatmp123", "_.photo.jpg", "tmp.txt", "a.tmpx", "a.bak.txt",
+                           "desktop.ini.txt", "mydesktop.ini", "B1B2C3D4", "C1B2C3D4", "A1B2_3D4", "A1B2C3D", "proj.MPJ~",
+                           "TMP1.MPJ", "c___jb_tmp___"})
+    EXPECT_FALSE(pathMgr->IsIgnorePath(at(name))) << name;
+  EXPECT_EQ(test::kPosixBackend, pathMgr->IsIgnorePath(at("back\\slash.txt")));  // a separator on Windows
 
   // CAD temporaries begin with the user name and twelve letters or digits.
   String user = base::User::getName();
   ASSERT_FALSE(user.empty());
   if (user.size() > 4) user.resize(4);
   const std::string prefix = base::ToUtf8(user);
-  for (const char* ending : {"ABCDEF123456.prt", "ABCDEF123456", "abcdef123456.sim", "ABCDEF123456.PRT12"}) {
-    EXPECT_TRUE(pathMgr->IsCadTempPath(at(prefix + ending))) << ending;
-    EXPECT_TRUE(pathMgr->IsIgnorePath(at(prefix + ending))) << ending;
-  }
+  for (const char* ending : {"ABCDEF123456.prt", "ABCDEF123456", "abcdef123456.sim", "ABCDEF123456.PRT12"})
+    EXPECT_TRUE(pathMgr->IsCadTempPath(at(prefix + ending)) && pathMgr->IsIgnorePath(at(prefix + ending))) << ending;
   for (const char* ending : {"ABCDEF123456.txt", "ABCDEF12345.prt", "ABCDEF12345_.prt", "ABCDEF1234567.prt"})
     EXPECT_FALSE(pathMgr->IsCadTempPath(at(prefix + ending))) << ending;
-  EXPECT_FALSE(pathMgr->IsCadTempPath(at("9" + prefix.substr(1) + "ABCDEF123456.prt")));
 }
 
 TEST_F(PathRulesTest, DerivedNamesAreSiblingsInTheirFormatsAndRecognisedOnlyAsTheirOwnKind) {
   const String source = at("sub/Quarterly report.docx");
   const String docId = u"gns://0A1B/C2D3E4F5";
-  const struct {
-    const char* kinds;
-    String derived;
-  } names[] = {
-      {"10000", pathMgr->GetContainDocIdTempPathName(source, docId)},
-      {"10000", pathMgr->GetGuidTempPathName(source)},
-      {"01000", pathMgr->GetBackupPathContainDocId(source, docId)},
-      {"00100", pathMgr->GetCopyPath(source)},
-      {"00010", pathMgr->GetTransferUnsyncPath(source)},
-      {"00001", pathMgr->GetConflictPath(source)},
+  const struct { const char* kinds; String derived; } names[] = {
+      {"10000", pathMgr->GetContainDocIdTempPathName(source, docId)}, {"10000", pathMgr->GetGuidTempPathName(source)},
+      {"01000", pathMgr->GetBackupPathContainDocId(source, docId)},   {"00100", pathMgr->GetCopyPath(source)},
+      {"00010", pathMgr->GetTransferUnsyncPath(source)},              {"00001", pathMgr->GetConflictPath(source)},
   };
   for (const auto& n : names) {
     SCOPED_TRACE(base::ToUtf8(n.derived));
@@ -133,42 +108,33 @@ TEST_F(PathRulesTest, DerivedNamesAreSiblingsInTheirFormatsAndRecognisedOnlyAsTh
     EXPECT_EQ(n.kinds, Kinds(n.derived));
   }
   // The document's own id component makes two documents' temporaries differ.
-  EXPECT_NE(String::npos, names[0].derived.find(u"C2D3E4F5"));
   EXPECT_NE(names[0].derived, pathMgr->GetContainDocIdTempPathName(source, u"gns://0A1B/99"));
   // User files that merely end like a working name are not taken for one.
   for (const char* name : {"notes.kestrove.temp", "notes.kestrove.copy", ".kestrove.tu", "x.kestrove.conflict"})
     EXPECT_EQ("00000", Kinds(at(name))) << name;
-  EXPECT_EQ("00000", Kinds(source));
 
   // Siblings share the folder but not the name.
   EXPECT_TRUE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/b.txt")));
   EXPECT_TRUE(pathMgr->IsSiblingPath(at("D/a.txt"), at("d/.a.txt.kestrove.temp")));
   EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/A.TXT")));
   EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("d/e/b.txt")));
-  EXPECT_FALSE(pathMgr->IsSiblingPath(at("d/a.txt"), at("dd/a.txt")));
 
   // Two GUID names differ; only the third group of the GUID is printed in lower case.
-  const String first = base::Path::getFileName(pathMgr->GetGuidTempPathName(at("a.txt")));
-  const String second = base::Path::getFileName(pathMgr->GetGuidTempPathName(at("a.txt")));
-  EXPECT_NE(first, second);
-  EXPECT_TRUE(std::regex_match(base::ToUtf8(first),
-                               std::regex(R"(\.a\.txt\.[0-9A-F]{12}[0-9a-f]{4}[0-9A-F]{16}\.kestrove\.temp)")))
-      << base::ToUtf8(first);
-  const String conflict = base::Path::getFileName(pathMgr->GetConflictPath(at("plan.v2.xlsx")));
-  EXPECT_TRUE(std::regex_match(base::ToUtf8(conflict),
-                               std::regex(R"(\.plan\.v2_alice_\d\d_\d\d_\d\d\.xlsx\.kestrove\.conflict)")))
-      << base::ToUtf8(conflict);
+  const std::string guid = base::ToUtf8(pathMgr->GetGuidTempPathName(at("a.txt")));
+  EXPECT_NE(guid, base::ToUtf8(pathMgr->GetGuidTempPathName(at("a.txt"))));
+  EXPECT_TRUE(std::regex_search(guid, std::regex(R"([/\\]\.a\.txt\.[0-9A-F]{12}[0-9a-f]{4}[0-9A-F]{16}\.kestrove\.temp$)")))
+      << guid;
+  const std::string conflict = base::ToUtf8(pathMgr->GetConflictPath(at("plan.v2.xlsx")));
+  EXPECT_TRUE(std::regex_search(conflict, std::regex(R"([/\\]\.plan\.v2_alice_\d\d_\d\d_\d\d\.xlsx\.kestrove\.conflict$)")))
+      << conflict;
 }
 
 TEST_F(PathRulesTest, TooLongAtTheFileSystemsLimits) {
   const size_t pathMax = test::kNativePathMax;
-  const size_t nameMax = test::kNativeNameMax;
-  EXPECT_TRUE(pathMgr->IsTooLongPath(String(32743, u'a')));
-  EXPECT_FALSE(pathMgr->IsTooLongPath(base::FromUtf8("/a/" + std::string(nameMax, 'n'))));
-  EXPECT_TRUE(pathMgr->IsTooLongPath(base::FromUtf8("/a/" + std::string(nameMax + 1, 'n') + "/b")));
+  EXPECT_FALSE(pathMgr->IsTooLongPath(base::FromUtf8("/a/" + std::string(test::kNativeNameMax, 'n'))));
+  EXPECT_TRUE(pathMgr->IsTooLongPath(base::FromUtf8("/a/" + std::string(test::kNativeNameMax + 1, 'n') + "/b")));
   if (pathMax == 0) return;  // Windows: no limit below the long-path rule
-  const std::string root = "/" + std::string(200, 'r');
-  std::string path = root;
+  std::string path = "/" + std::string(200, 'r');
   while (path.size() + 201 < pathMax) path += "/" + std::string(200, 'd');
   path += "/" + std::string(pathMax - 1 - path.size() - 1, 'f');
   ASSERT_EQ(size_t(pathMax - 1), path.size());
@@ -179,49 +145,34 @@ TEST_F(PathRulesTest, TooLongAtTheFileSystemsLimits) {
 }
 
 TEST_F(PathRulesTest, SystemHeldEntriesAtTheRootOfADriveOrMountAndSystemHiddenNeedsBothAttributes) {
-  for (const char16_t* path : {u"C:\\pagefile.sys", u"d:\\System Volume Information", u"E:\\$RECYCLE.BIN\\S-1-5",
-                               u"\\\\?\\C:\\pagefile.sys"})
-    EXPECT_TRUE(pathMgr->IsSysHoldPath(path)) << base::ToUtf8(path);
-  for (const char16_t* path : {u"/lost+found", u"/.Trash-1000/files", u"/.Trashes"})  // POSIX mount markers
-    EXPECT_EQ(test::kPosixBackend, pathMgr->IsSysHoldPath(path)) << base::ToUtf8(path);
-  for (const char16_t* path : {u"C:\\pagefile.sys.old", u"C:\\data\\pagefile.sys", u"/.Trash-x", u"/.Trash-",
-                               u"/lost+found2"})
-    EXPECT_FALSE(pathMgr->IsSysHoldPath(path)) << base::ToUtf8(path);
+  // Drive entries are held everywhere, POSIX mount markers only where they are the system's.
+  const std::pair<const char16_t*, bool> held[] = {
+      {u"C:\\pagefile.sys", true}, {u"d:\\System Volume Information", true}, {u"E:\\$RECYCLE.BIN\\S-1-5", true},
+      {u"\\\\?\\C:\\pagefile.sys", true}, {u"/lost+found", test::kPosixBackend},
+      {u"/.Trash-1000/files", test::kPosixBackend}, {u"/.Trashes", test::kPosixBackend}, {u"C:\\pagefile.sys.old", false},
+      {u"C:\\data\\pagefile.sys", false}, {u"/.Trash-x", false}, {u"/.Trash-", false}, {u"/lost+found2", false}};
+  for (const auto& h : held) EXPECT_EQ(h.second, pathMgr->IsSysHoldPath(h.first)) << base::ToUtf8(h.first);
   // The same names in an ordinary folder are the user's.
   test::MakeDir(dir.path() + "/lost+found");
   EXPECT_FALSE(pathMgr->IsSysHoldPath(at("lost+found")));
-  EXPECT_FALSE(pathMgr->IsSysHoldPath(at(".Trash-0")));
 
   // System-hidden needs both attributes (kept beside the streams on POSIX).
   if (test::kPosixBackend && !test::SupportsStreams(dir.path()))
     GTEST_SKIP() << test::kNoStreamsReason << dir.path();
-  const struct {
-    const char* name;
-    uint32_t attributes;
-    bool systemHidden;
-  } files[] = {{"both", platform::kAttrHidden | platform::kAttrSystem, true},
-               {"hidden", platform::kAttrHidden, false},
-               {"system", platform::kAttrSystem, false},
-               {".dot", platform::kAttrSystem, true}};  // a dot name is hidden by itself
+  const struct { const char* name; uint32_t attributes; bool systemHidden; } files[] = {
+      {"both", platform::kAttrHidden | platform::kAttrSystem, true}, {"hidden", platform::kAttrHidden, false},
+      {"system", platform::kAttrSystem, false}, {".dot", platform::kAttrSystem, true}};  // a dot name is hidden
   for (const auto& f : files) {
     test::WriteFile(dir.path() + "/" + f.name, "");
     ASSERT_TRUE(platform::SetFileAttributes(at(f.name), f.attributes));
     EXPECT_EQ(f.systemHidden, pathMgr->IsSystemHiddenPath(at(f.name))) << f.name;
   }
-  EXPECT_FALSE(pathMgr->IsSystemHiddenPath(at("missing")));
 }
 
 TEST_F(PathRulesTest, InvalidAndOutsidePathsThrowBeforeAnyTest) {
   const String bad(u"a\0b", 3);
   EXPECT_THROW_CODE_MESSAGE(pathMgr->IsIgnorePath(u""), 2, u"Path () is INVALID.");
   EXPECT_THROW_CODE_MESSAGE(pathMgr->IsInRootPath(bad, true), 2, u"Path (" + bad + u") is INVALID.");
-  EXPECT_THROW_CODE(pathMgr->IsSysHoldPath(bad), 2);
-  EXPECT_THROW_CODE(pathMgr->IsTooLongPath(u""), 2);
-  EXPECT_THROW_CODE(pathMgr->IsSiblingPath(at("a"), u""), 2);
-  EXPECT_THROW_CODE(pathMgr->GetGuidTempPathName(u""), 2);
-  EXPECT_THROW_CODE(pathMgr->IsSystemHiddenPath(bad), 2);
-  EXPECT_THROW_CODE(pathMgr->IsInDBPath(u"", true), 2);
-  EXPECT_THROW_CODE(pathMgr->IsInUnsyncDoc(u"", true), 2);
   EXPECT_THROW_CODE(pathMgr->GetAbsolutePath(u""), 2);
   const String outside = dir.wpath() + u"2/a";
   EXPECT_THROW_CODE_MESSAGE(pathMgr->GetRelativePath(outside), 2,
