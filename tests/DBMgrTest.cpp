@@ -114,9 +114,8 @@ TEST_F(DBMgrTest, ProtectedSchemaChangesOnlyInsideAScope) {
   const std::string before = Single("select group_concat(sql, ';') from sqlite_master");
   for (const char16_t* change :
        {u"drop table t", u"alter table t add column w int", u"create table u (v int)", u"create index i on t(v)",
-        u"create temp table tt (v int)", u"create trigger g after insert on t begin delete from t; end",
-        u"attach database ':memory:' as other", u"detach database main", u"delete from sqlite_schema",
-        u"update sqlite_master set sql = 'x' where name = 't'"}) {
+        u"create temp table tt (v int)", u"create trigger g after insert on t begin delete from t; end", u"detach database main",
+        u"attach database ':memory:' as other", u"delete from sqlite_schema", u"update sqlite_master set sql = 'x' where name = 't'"}) {
     SCOPED_TRACE(base::ToUtf8(change));
     EXPECT_THROW_CODE_MESSAGE(db->ExecuteSql(change), 1,
                               u"Execute sql failed. Sql: " + String(change) + u". Error: not authorized");
@@ -153,10 +152,9 @@ TEST_F(DBMgrTest, LikeAnswersAsSqlitesOwnAndTakesLongPatterns) {
   ASSERT_EQ(SQLITE_OK, sqlite3_open(":memory:", &plain));
   // Every text against every pattern, as one result of "text like pattern=answer" rows.
   const std::string sql =
-      "with t(x) as (values (''), ('a'), ('abc'), ('ABC'), ('a\\b'), ('a\\b\\c'), ('ab\\c'), ('文档'), ('新文档.txt'), ('it''s'), "
-      "('x%y'), ('a_c')), p(y) as (values (''), ('%'), ('_'), ('a'), ('A%'), ('%B%'), ('a\\%'), ('a_c'), ('%c'), ('a%c%'), ('%%'), "
-      "('_b_'), ('文%'), ('%档%'), ('_档'), ('%文%档%'), ('it''s'), ('x%'), ('%\\%'), ('a__'), ('a%%b'), ('%_%_%'), ('新文档_txt')) "
-      "select x || ' like ' || y || '=' || (x like y) from t, p";
+      "with t(x) as (values (''), ('a'), ('abc'), ('ABC'), ('a\\b'), ('a\\b\\c'), ('ab\\c'), ('文档'), ('新文档.txt'), ('it''s'), ('x%y'), "
+      "('a_c')), p(y) as (values (''), ('%'), ('_'), ('a'), ('A%'), ('%B%'), ('a\\%'), ('a_c'), ('%c'), ('a%c%'), ('%%'), ('_b_'), ('文%'), "
+      "('%档%'), ('_档'), ('%文%档%'), ('it''s'), ('x%'), ('%\\%'), ('a__'), ('a%%b'), ('%_%_%'), ('新文档_txt')) select x || ' like ' || y || '=' || (x like y) from t, p";
   std::string expected;
   ASSERT_EQ(SQLITE_OK, sqlite3_exec(plain, sql.c_str(), [](void* out, int, char** cells, char**) {
     *static_cast<std::string*>(out) += std::string(cells[0]) + "\n";
