@@ -189,7 +189,10 @@ TEST_F(CacheMgrTest, ClearingATagReachesTheSubtreeAndInvalidArgumentsAreRefused)
 
   cache_->UpdateAttr(u"a\\z", 7);
   cache_->Unlock(u"a\\z");  // clears the lock bit only
-  EXPECT_EQ("5", Query("select attr from tb_cacheInfo where name='z'")[0][0]);
+  cache_->UpdateState(u"a\\z", NC_CACHE_STATE_UNSYNC);
+  cache_->Unsync_UpdateAllExecTask(8);  // reaches the unsynchronised rows only
+  cache_->Unsync_UpdateAllState(6);
+  EXPECT_EQ((Rows{{"z", "5", "6", "8"}}), Query("select name, attr, state, execTask from tb_cacheInfo where state=6 or execTask=8"));
 
   EXPECT_THROW_CODE_MESSAGE(cache_->Update(u"", Record(u"gns://A")), 2, u"Path () is INVALID.");
   EXPECT_THROW_CODE_MESSAGE(cache_->UpdateTypeName(u"a\\z", u""), 2, u"Argument (typeName) is EMPTY.");
