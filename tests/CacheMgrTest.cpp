@@ -128,19 +128,33 @@ void InjectFailure(const String& path, std::initializer_list<const char16_t*> st
   client->Close();
 }
 
-// A rename that fails at a child colliding with a stale row changes nothing and leaves
-// neither a transaction nor the lock behind.
+// A rename that fails, at a child colliding with a stale row or at its commit, changes
+// nothing and leaves neither a transaction nor the lock behind.
 TEST_F(CacheMgrTest, FailedRenameLeavesNothingNoTransactionAndNoLock) {
   for (const char16_t* folder : {u"a", u"a\\b"}) Add(folder, 1);
   Add(u"a\\b\\f.txt");
   Add(u"a\\c\\f.txt");  // a stale row where the renamed folder's child will want to go
-  const Rows before = Paths();
-  EXPECT_THROW_CODE(cache_->Rename(u"a\\b", u"a\\c"), 1);
-  EXPECT_NE(0, sqlite3_get_autocommit(cache_->GetDBMgr()->GetHandle())) << "a transaction stays open";
-  EXPECT_EQ(before, Paths());
-  std::future<void> other = std::async(std::launch::async, [this] { Add(u"a\\other thread"); });
-  ASSERT_EQ(std::future_status::ready, other.wait_for(std::chrono::seconds(30))) << "the lock is still held";
-  EXPECT_EQ(before.size() + 1, Paths().size());
+  for (bool atCommit : {false, true}) {
+    SCOPED_TRACE(atCommit ? "at the commit" : "at a child");
+    if (atCommit) {  // a deferred foreign key that only the commit checks
+      cache_->Delete(u"a\\c", false);
+      InjectFailure(dir_.child("cache.db"),
+                    {u"create table owners (k text primary key)",
+                     u"create table claims (k text references owners(k) deferrable initially deferred)",
+                     u"create trigger claim after update of name on tb_cacheInfo begin "
+                     u"insert into claims values('none'); end"});
+      cache_->GetDBMgr()->ExecuteSql(u"PRAGMA foreign_keys=ON");
+    }
+    const Rows before = Paths();
+    EXPECT_THROW_CODE(cache_->Rename(u"a\\b", u"a\\c"), 1);
+    EXPECT_NE(0, sqlite3_get_autocommit(cache_->GetDBMgr()->GetHandle())) << "a transaction stays open";
+    EXPECT_EQ(before, Paths());
+    std::future<void> other = std::async(std::launch::async, [this, atCommit] {
+      Add(atCommit ? u"a\\second thread" : u"a\\first thread");
+    });
+    ASSERT_EQ(std::future_status::ready, other.wait_for(std::chrono::seconds(30))) << "the lock is still held";
+    EXPECT_EQ(before.size() + 1, Paths().size());
+  }
 }
 
 // Past SQLite's 50,000-byte cap on LIKE patterns (18,000 Chinese units are 54,000 bytes).

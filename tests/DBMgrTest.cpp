@@ -105,6 +105,25 @@ TEST_F(DBMgrTest, OneStatementPerCall) {
                             u"Error: only one statement may run per call");
   EXPECT_EQ("1", Single("select count(*) from t"));
   db->ExecuteSql(u"");  // nothing to run is no failure
+
+  db->ExecuteSql(u"insert into t values(NULL, 2)");
+  // The same outputs as sqlite3_get_table, and an array sqlite3_free_table takes back.
+  for (const char* sql : {"select * from t order by 2", "select * from t where 0", "select 1 as one;"}) {
+    SCOPED_TRACE(sql);
+    int rawRows = -1, rawColumns = -1;
+    char** raw = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_get_table(db->GetHandle(), sql, &raw, &rawRows, &rawColumns, nullptr));
+    ncAutoGetTable table(db.get(), base::FromUtf8(sql), rows, columns, result);
+    ASSERT_EQ(rawRows, rows);
+    ASSERT_EQ(rawColumns, columns);
+    for (int cell = 0; cell < (rows + 1) * columns; ++cell) {
+      ASSERT_EQ(raw[cell] == nullptr, result[cell] == nullptr);
+      if (raw[cell]) {
+        EXPECT_STREQ(raw[cell], result[cell]);
+      }
+    }
+    sqlite3_free_table(raw);
+  }
 }
 
 TEST_F(DBMgrTest, ProtectedSchemaChangesOnlyInsideAScope) {
