@@ -42,8 +42,11 @@ TEST_F(CliReadmeTest, TheClientExampleBuildsAsWrittenAndRuns) {
   ReplaceAll(compile, " client.cpp", " " + dir.path() + "/client.cpp");
   ReplaceAll(compile, "-o client", "-o " + dir.path() + "/client");
   ReplaceAll(compile, " build/", " " + build + "/");
+  // The library archive of a sanitizer build is instrumented: the client needs the runtime.
 #if defined(__SANITIZE_ADDRESS__)
-  compile += " -fsanitize=address,undefined";  // the library archive of this build is instrumented
+  compile += " -fsanitize=address,undefined";
+#elif defined(__SANITIZE_THREAD__)
+  compile += " -fsanitize=thread";
 #endif
   int status = 0;
   const std::string compiled = test::RunCommand("cd '" + source + "' && " + compile, &status);
