@@ -262,12 +262,16 @@ const char kStreamPrefix[] = "user.kestrove.";
 
 std::string StreamAttribute(const String& streamName) { return kStreamPrefix + base::ToUtf8(streamName); }
 
-// Streams live on regular files and folders only.
-bool CheckStreamHolder(const std::string& native) {
+// Streams live on regular files and folders only. The attribute calls do not follow links
+// and run first; only a failed one looks at the item, so that a link or a special file
+// answers "not supported" while a stream costs one system call.
+bool FailStreamCall(const std::string& native) {
+  const int callError = errno;
   struct stat info;
-  if (::lstat(native.c_str(), &info) != 0) return FailFromErrno();
-  if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) return Fail(kErrorNotSupported);
-  return true;
+  if (::lstat(native.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode))
+    return Fail(kErrorNotSupported);
+  errno = callError;
+  return FailFromErrno();
 }
 
 class FileDescriptor {
@@ -405,15 +409,14 @@ bool CopyFile(const String& source, const String& target, bool failIfExists) {
 
 bool ReadStream(const String& path, const String& streamName, std::string& bytes) {
   const std::string native = NativePath(path);
-  if (!CheckStreamHolder(native)) return false;
   const std::string name = StreamAttribute(streamName);
   for (;;) {
-    const ssize_t size = ::getxattr(native.c_str(), name.c_str(), nullptr, 0);
-    if (size < 0) return FailFromErrno();
+    const ssize_t size = ::lgetxattr(native.c_str(), name.c_str(), nullptr, 0);
+    if (size < 0) return FailStreamCall(native);
     std::string value(static_cast<size_t>(size), '\0');
-    const ssize_t got = ::getxattr(native.c_str(), name.c_str(), size ? &value[0] : nullptr, value.size());
+    const ssize_t got = ::lgetxattr(native.c_str(), name.c_str(), size ? &value[0] : nullptr, value.size());
     if (got < 0 && errno == ERANGE) continue;  // it grew in between
-    if (got < 0) return FailFromErrno();
+    if (got < 0) return FailStreamCall(native);
     value.resize(static_cast<size_t>(got));
     bytes.swap(value);
     return Succeed();
@@ -422,23 +425,20 @@ bool ReadStream(const String& path, const String& streamName, std::string& bytes
 
 bool WriteStream(const String& path, const String& streamName, const std::string& bytes) {
   const std::string native = NativePath(path);
-  if (!CheckStreamHolder(native)) return false;
-  if (::setxattr(native.c_str(), StreamAttribute(streamName).c_str(), bytes.data(), bytes.size(), 0) != 0)
-    return FailFromErrno();
+  if (::lsetxattr(native.c_str(), StreamAttribute(streamName).c_str(), bytes.data(), bytes.size(), 0) != 0)
+    return FailStreamCall(native);
   return Succeed();
 }
 
 bool RemoveStream(const String& path, const String& streamName) {
   const std::string native = NativePath(path);
-  if (!CheckStreamHolder(native)) return false;
-  if (::removexattr(native.c_str(), StreamAttribute(streamName).c_str()) != 0) return FailFromErrno();
+  if (::lremovexattr(native.c_str(), StreamAttribute(streamName).c_str()) != 0) return FailStreamCall(native);
   return Succeed();
 }
 
 bool HasStream(const String& path, const String& streamName) {
   const std::string native = NativePath(path);
-  if (!CheckStreamHolder(native)) return false;
-  if (::getxattr(native.c_str(), StreamAttribute(streamName).c_str(), nullptr, 0) < 0) return FailFromErrno();
+  if (::lgetxattr(native.c_str(), StreamAttribute(streamName).c_str(), nullptr, 0) < 0) return FailStreamCall(native);
   return Succeed();
 }
 
