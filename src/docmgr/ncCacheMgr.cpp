@@ -29,6 +29,13 @@ const char16_t kReplace[] =
     u"typeName, viewType, viewName, parentId, attr, errcode, execTask, watermark) values ('%s', '%s', '%d', '%d', "
     u"'%s', '%s', '%s', '%s', '%s', '%s', '%d', '%s', '%d', '%s', '%s', '%d', '%d', '%d', '%d')";
 
+// kReplace with parameters, for the bulk path; the values it stores are those kReplace
+// stores once SQLite has read the spliced texts.
+const char16_t kReplaceBound[] =
+    u"replace into tb_cacheInfo (id, otag, isDir, state, serverMTime, clientMTime, size, name, parentPath, acronym, "
+    u"type, typeName, viewType, viewName, parentId, attr, errcode, execTask, watermark) values (?, ?, ?, ?, ?, ?, ?, "
+    u"?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
+
 const char16_t kSelectInfo[] =
     u"select id, otag, type, isDir, state, serverMTime, clientMTime, size, typeName, attr, viewtype, viewname, "
     u"errcode, execTask, watermark from %s where name='%s' and parentPath='%s' limit 1";
@@ -57,6 +64,17 @@ String Acronym(const String& name) {
   for (char16_t unit : name)
     if (unit >= 0x80) return ncDocUtils::GetAcronym(name);
   return name;
+}
+
+// The value a quote-doubled text stands for between quotes in a statement.
+String Unquoted(const String& quoted) {
+  String value;
+  value.reserve(quoted.size());
+  for (size_t i = 0; i < quoted.size(); ++i) {
+    value += quoted[i];
+    if (quoted[i] == u'\'' && i + 1 < quoted.size() && quoted[i + 1] == u'\'') ++i;
+  }
+  return value;
 }
 
 // A whole number as decimal text, without allocating.
@@ -130,7 +148,7 @@ void ReadRecordColumns(const ncQueryResult& query, int row, int first, ncCacheIn
 
 }  // namespace
 
-NC_IMPL_POOLED_ISUPPORTS2(ncCacheMgr, ncICacheMgr, ncIStoreBatch)
+NC_IMPL_POOLED_ISUPPORTS3(ncCacheMgr, ncICacheMgr, ncIStoreBatch, ncICacheBulkWriter)
 
 ncCacheMgr::ncCacheMgr() : db_(NC_NEW(ncDBMgr)) { NC_TRACE(u"this: 0x%p", this); }
 
@@ -218,6 +236,19 @@ String ncCacheMgr::UpdateStatement(const String& name, const String& parentPath,
                                   Quote(parentPath), Acronym(quotedName), Decimal(info.type), Quote(info.typeName),
                                   Decimal(info.viewType), Quote(info.viewName), Quote(parentId), Decimal(info.attr),
                                   Decimal(info.errcode), Decimal(info.execTask), Decimal(info.watermark)});
+}
+
+void ncCacheMgr::UpdateBulk(const String& relPath, const ncCacheInfo& info) {
+  NC_TRACE(u"relPath: %s", relPath);
+  String name, parentPath;
+  WorkingPath(relPath, name, parentPath);
+  // Update computes the initials of the quote-doubled name; the row holds what that text
+  // reads as inside the statement.
+  const String acronym = Unquoted(Acronym(Quote(name)));
+  db_->RunPrepared(kReplaceBound, {info.id, info.otag, info.isDir, info.state, info.serverMTime, info.clientMTime,
+                                   info.size, name, parentPath, acronym, info.type, info.typeName, info.viewType,
+                                   info.viewName, ParentIdOf(info.id, info.type), info.attr, info.errcode,
+                                   info.execTask, info.watermark});
 }
 
 void ncCacheMgr::Rename(const String& relPath, const String& newRelPath) {

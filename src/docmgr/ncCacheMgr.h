@@ -3,11 +3,12 @@
 
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/ncICacheBulkWriter.h"
 #include "docmgr/ncICacheMgr.h"
 #include "docmgr/ncIStoreBatch.h"
 #include "docmgr/nsCOMPtr.h"
 
-class ncCacheMgr : public ncICacheMgr, public ncIStoreBatch {
+class ncCacheMgr : public ncICacheMgr, public ncIStoreBatch, public ncICacheBulkWriter {
   NC_DECL_ISUPPORTS
  public:
   ncCacheMgr();
@@ -73,6 +74,9 @@ class ncCacheMgr : public ncICacheMgr, public ncIStoreBatch {
   void BeginBatch() override;
   void CommitBatch() override;
   void RollbackBatch() override;
+
+  // ncICacheBulkWriter: Update's row through a kept statement with bound values.
+  void UpdateBulk(const base::String& relPath, const ncCacheInfo& info) override;
 
  protected:
   virtual ~ncCacheMgr();

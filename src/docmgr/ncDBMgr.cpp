@@ -52,6 +52,11 @@ class Statement {
     return true;
   }
   sqlite3_stmt* get() const { return stmt_; }
+  sqlite3_stmt* Release() {
+    sqlite3_stmt* statement = stmt_;
+    stmt_ = nullptr;
+    return statement;
+  }
 
  private:
   sqlite3_stmt* stmt_ = nullptr;
@@ -231,6 +236,7 @@ void ncDBMgr::Close() {
   sqlite3* db = db_;
   db_ = nullptr;  // forgotten even when closing fails
   schemaProtected_ = false;  // the protection belongs to the connection
+  FinalizePrepared();
   const int rc = sqlite3_close(db);
   if (rc != SQLITE_OK) NC_THROW_DB(NC_ERR_DATABASE, u"Close database failed. Error: %d", rc);
 }
@@ -252,6 +258,44 @@ void ncDBMgr::ExecuteSql(const String& sql) {
     error = sqlite3_errmsg(db_);
   }
   NC_THROW_DB(NC_ERR_DATABASE, u"Execute sql failed. Sql: %s. Error: %s", sql, base::FromUtf8(error));
+}
+
+void ncDBMgr::RunPrepared(const char16_t* sql, std::initializer_list<BoundValue> values) {
+  base::AutoLock lock(transactionLock_);
+  sqlite3_stmt* statement = PreparedStatement(sql);
+  int index = 1, rc = SQLITE_OK;
+  for (const BoundValue& value : values) {
+    if (value.text()) {
+      const std::string text = base::ToUtf8(*value.text());
+      rc = sqlite3_bind_text(statement, index++, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+    } else {
+      rc = sqlite3_bind_int64(statement, index++, value.number());
+    }
+    if (rc != SQLITE_OK) break;
+  }
+  if (rc == SQLITE_OK)
+    while ((rc = sqlite3_step(statement)) == SQLITE_ROW) {
+    }
+  const std::string error = rc == SQLITE_OK || rc == SQLITE_DONE ? std::string() : sqlite3_errmsg(db_);
+  sqlite3_reset(statement);
+  sqlite3_clear_bindings(statement);
+  if (!error.empty()) NC_THROW_DB(NC_ERR_DATABASE, u"Execute sql failed. Sql: %s. Error: %s", sql, base::FromUtf8(error));
+}
+
+sqlite3_stmt* ncDBMgr::PreparedStatement(const char16_t* sql) {
+  const auto kept = prepared_.find(sql);
+  if (kept != prepared_.end()) return kept->second;
+  const std::string text = base::ToUtf8(sql);
+  Statement statement;
+  std::string error;
+  if (!statement.Prepare(db_, text, error) || !statement.get())
+    NC_THROW_DB(NC_ERR_DATABASE, u"Execute sql failed. Sql: %s. Error: %s", sql, base::FromUtf8(error));
+  return prepared_[sql] = statement.Release();
+}
+
+void ncDBMgr::FinalizePrepared() {
+  for (const auto& kept : prepared_) sqlite3_finalize(kept.second);
+  prepared_.clear();
 }
 
 void ncDBMgr::GetTable(const String& sql, int& rowCount, int& columnCount, char**& result) {

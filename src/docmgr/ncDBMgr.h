@@ -6,6 +6,9 @@
 
 #include <sqlite3.h>
 
+#include <initializer_list>
+#include <map>
+
 #include "base/ThreadMutexLock.h"
 #include "docmgr/ncDocMgrDefs.h"
 #include "docmgr/ncIDBMgr.h"
@@ -27,6 +30,26 @@ class ncDBMgr : public ncIDBMgr {
   // Fills the outputs as sqlite3_get_table does (row 0 holds the column names); the caller
   // frees the table, normally through ncAutoGetTable.
   void GetTable(const base::String& sql, int& rowCount, int& columnCount, char**& result);
+
+  // A value bound to a prepared statement: a text (stored as WTF-8, as the texts of every
+  // other statement are) or a whole number. A text is referenced, not copied.
+  class BoundValue {
+   public:
+    BoundValue(const base::String& text) : text_(&text) {}
+    BoundValue(int64_t number) : number_(number) {}
+    const base::String* text() const { return text_; }
+    int64_t number() const { return number_; }
+
+   private:
+    const base::String* text_ = nullptr;
+    int64_t number_ = 0;
+  };
+  // Runs sql with the values bound to its parameters in order. The statement is prepared at
+  // its first run on this connection and kept until Close: a statement run for thousands
+  // of rows (the bulk paths) is parsed and compiled once. The statement is kept by the
+  // address of its text, so sql must be a constant of the program. Throws as ExecuteSql
+  // does.
+  void RunPrepared(const char16_t* sql, std::initializer_list<BoundValue> values);
 
   sqlite3* GetHandle() const { return db_; }
   // True inside a transaction; meaningful to the thread that holds the lock.
@@ -61,7 +84,11 @@ class ncDBMgr : public ncIDBMgr {
   // Releases the lock taken by BeginTransaction once no transaction is open any more.
   void UnlockUnlessInTransaction();
 
+  sqlite3_stmt* PreparedStatement(const char16_t* sql);
+  void FinalizePrepared();
+
   sqlite3* db_ = nullptr;
+  std::map<const char16_t*, sqlite3_stmt*> prepared_;  // by text address; guarded by transactionLock_
   base::ThreadMutexLock transactionLock_;
   bool schemaProtected_ = false;  // guarded by transactionLock_
   int schemaChangeDepth_ = 0;     // open SchemaChange scopes; guarded by transactionLock_

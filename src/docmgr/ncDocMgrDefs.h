@@ -76,6 +76,17 @@ inline bool ncIsValidPath(const base::String& path) {
     return NS_TableDrivenQI(this, table, iid, result);                                      \
   }
 
+// The same for a class with a third interface.
+#define NC_IMPL_QUERY_INTERFACE3(Class, Interface1, Interface2, Interface3)                    \
+  NS_IMETHODIMP Class::QueryInterface(const nsIID& iid, void** result) {                     \
+    static const QITableEntry table[] = {{&NS_GET_IID(Interface1), NS_INTERFACE_OFFSET(Class, Interface1)}, \
+                                         {&NS_GET_IID(Interface2), NS_INTERFACE_OFFSET(Class, Interface2)}, \
+                                         {&NS_GET_IID(Interface3), NS_INTERFACE_OFFSET(Class, Interface3)}, \
+                                         {&NS_GET_IID(nsISupports), NS_INTERFACE_OFFSET(Class, Interface1)}, \
+                                         {nullptr, 0}};                                      \
+    return NS_TableDrivenQI(this, table, iid, result);                                      \
+  }
+
 // AddRef/Release with atomic counts; at zero the count is set to 1 (so the destructor may
 // take and drop references) and the object is destroyed by the given statement.
 #define NC_IMPL_ISUPPORTS1_DESTROYING(Class, Interface, destroy)   \
@@ -98,6 +109,10 @@ inline bool ncIsValidPath(const base::String& path) {
 
 #define NC_IMPL_POOLED_ISUPPORTS2(Class, Interface1, Interface2) \
   NC_IMPL_QUERY_INTERFACE2(Class, Interface1, Interface2)         \
+  NC_IMPL_ADDREF_RELEASE(Class, (this->~Class(), ncModuleAllocator::deallocate(this)))
+
+#define NC_IMPL_POOLED_ISUPPORTS3(Class, Interface1, Interface2, Interface3) \
+  NC_IMPL_QUERY_INTERFACE3(Class, Interface1, Interface2, Interface3)         \
   NC_IMPL_ADDREF_RELEASE(Class, (this->~Class(), ncModuleAllocator::deallocate(this)))
 
 // The creatable components live on the ordinary heap.

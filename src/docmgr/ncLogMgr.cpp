@@ -33,7 +33,7 @@ bool ReadsNewLogType(const String& sql) {
 
 }  // namespace
 
-NC_IMPL_POOLED_ISUPPORTS2(ncLogMgr, ncILogMgr, ncIStoreBatch)
+NC_IMPL_POOLED_ISUPPORTS3(ncLogMgr, ncILogMgr, ncIStoreBatch, ncILogBulkWriter)
 
 ncLogMgr::ncLogMgr() : dbMgr_(NC_NEW(ncDBMgr)) { NC_TRACE(u"this: 0x%p", this); }
 
@@ -117,6 +117,12 @@ void ncLogMgr::RecordSyncLog(int logType, const ncSyncLogInfo& info) {
                                   kLogTable, logType, info.taskType, ncDocUtils::QuoteSql(info.relPath),
                                   ncDocUtils::QuoteSql(info.newName), info.size, info.time,
                                   ncDocUtils::QuoteSql(info.remark)));
+}
+
+void ncLogMgr::RecordSyncLogBulk(int logType, const ncSyncLogInfo& info) {
+  NC_TRACE(u"logType: %d, taskType: %d, relPath: %s", logType, info.taskType, info.relPath);
+  dbMgr_->RunPrepared(u"insert into tb_synclog values(NULL, ?, ?, ?, ?, ?, ?, ?, 1)",
+                      {logType, info.taskType, info.relPath, info.newName, info.size, info.time, info.remark});
 }
 
 uint32_t ncLogMgr::CountVisible(int logType, const char16_t* tableInMessage) {

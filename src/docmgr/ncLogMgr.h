@@ -5,11 +5,12 @@
 
 #include "docmgr/ncDBMgr.h"
 #include "docmgr/ncDocMgrDefs.h"
+#include "docmgr/ncILogBulkWriter.h"
 #include "docmgr/ncILogMgr.h"
 #include "docmgr/ncIStoreBatch.h"
 #include "docmgr/nsCOMPtr.h"
 
-class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
+class ncLogMgr : public ncILogMgr, public ncIStoreBatch, public ncILogBulkWriter {
   NC_DECL_ISUPPORTS
  public:
   ncLogMgr();
@@ -36,6 +37,9 @@ class ncLogMgr : public ncILogMgr, public ncIStoreBatch {
   void BeginBatch() override;
   void CommitBatch() override;
   void RollbackBatch() override;
+
+  // ncILogBulkWriter: RecordSyncLog's entry through a kept statement with bound values.
+  void RecordSyncLogBulk(int logType, const ncSyncLogInfo& info) override;
 
  protected:
   virtual ~ncLogMgr();
