@@ -19,7 +19,8 @@
 #include "StoreBatches.h"
 #include "Translation.h"
 #include "docmgr/ncIADSMgr.h"
-#include "docmgr/ncILogMgr.h"
+#include "docmgr/ncICacheBulkWriter.h"
+#include "docmgr/ncILogBulkWriter.h"
 #include "platform/ncPlatform.h"
 
 namespace {
@@ -52,11 +53,14 @@ struct ScanTally {
   std::vector<ScanFailure> failures;
 };
 
-// The stores and rules a scan works with.
+// The stores a scan works with; rows and log entries go through their bulk writers (one
+// statement parsed per store instead of one per item).
 struct ScanStores {
   ncICacheMgr* cache = nullptr;
+  ncICacheBulkWriter* rows = nullptr;
   ncIADSMgr* tags = nullptr;
   ncILogMgr* log = nullptr;
+  ncILogBulkWriter* events = nullptr;
 };
 
 bool FileExists(const std::string& path) {
@@ -72,7 +76,7 @@ base::String NewNodeName(std::mt19937_64& random) {
 }
 
 // One sync-log entry of the scan (log type 0); times in seconds, as the other log entries.
-void RecordEvent(ncILogMgr* log, int32_t task, const base::String& relPath, bool isDir, int64_t size,
+void RecordEvent(ncILogBulkWriter* log, int32_t task, const base::String& relPath, bool isDir, int64_t size,
                  int64_t seconds) {
   ncSyncLogInfo event;
   event.taskType = task;
@@ -80,7 +84,7 @@ void RecordEvent(ncILogMgr* log, int32_t task, const base::String& relPath, bool
   event.size = size;
   event.time = seconds;
   event.remark = isDir ? u"folder" : u"file";
-  log->RecordSyncLog(kScanLogType, event);
+  log->RecordSyncLogBulk(kScanLogType, event);
 }
 
 base::String ParentOf(const base::String& relPath) {
@@ -143,8 +147,8 @@ base::String WriteRow(RecordContext& record, const base::String& relPath, const 
     info = NewRecord(record, ParentOf(relPath), entry, tally.baseline);
   }
   if (record.options.dryRun) return info.id;
-  record.stores.cache->Update(relPath, info);
-  if (!known) RecordEvent(record.stores.log, kTaskRecorded, relPath, entry.isDir, entry.size, entry.mtime / 1000000);
+  record.stores.rows->UpdateBulk(relPath, info);
+  if (!known) RecordEvent(record.stores.events, kTaskRecorded, relPath, entry.isDir, entry.size, entry.mtime / 1000000);
   record.batches.wrote();
   return info.id;
 }
@@ -230,7 +234,7 @@ void PruneVanished(const ScanStores& stores, const ScanCollection& found, const 
       const size_t rows = 1 + (child.second.isDir ? CountSubtree(stores.cache, relPath) : 0);
       if (!options.dryRun) {
         stores.cache->Delete(relPath, false);
-        RecordEvent(stores.log, kTaskRemoved, relPath, child.second.isDir, child.second.size, now);
+        RecordEvent(stores.events, kTaskRemoved, relPath, child.second.isDir, child.second.size, now);
       }
       if (options.verbose)
         std::printf("%s %s (%s)\n", Tr("removed:"), ShownRelPath(relPath).c_str(), Counted(rows, "record", "records").c_str());
@@ -311,7 +315,9 @@ int Scan(CliContext& context, const std::vector<std::string>& args) {
   nsCOMPtr<ncICacheMgr> cache = MainCacheMgr(docMgr);
   nsCOMPtr<ncIADSMgr> tags = nsCOMPtr<ncIADSMgr>::adopt(docMgr->GetADSMgr());
   nsCOMPtr<ncILogMgr> log = nsCOMPtr<ncILogMgr>::adopt(docMgr->GetLogMgr());
-  ScanStores stores{cache.get(), tags.get(), log.get()};
+  nsCOMPtr<ncICacheBulkWriter> rows = do_QueryInterface<ncICacheBulkWriter>(cache.get());
+  nsCOMPtr<ncILogBulkWriter> events = do_QueryInterface<ncILogBulkWriter>(log.get());
+  ScanStores stores{cache.get(), rows.get(), tags.get(), log.get(), events.get()};
   const std::string marker = Narrow(pathMgr->GetDBPath()) + "/" + kFirstScanMarker;
 
   ScanCollector collector(options.root, NameOf(Narrow(pathMgr->GetUnsyncDocPath())),
