@@ -195,7 +195,8 @@ String ncDocUtils::MarkMatch(const String& name, bool byAcronym, bool contiguous
   for (size_t i = 0; i < name.size();) {
     const bool pair = i + 1 < name.size() && name[i] >= 0xD800 && name[i] <= 0xDBFF;
     const size_t length = pair ? 2 : 1;
-    const String part = GetAcronym(name.substr(i, length));
+    // An ASCII character is its own initial; only the others need the code-page round trip.
+    const String part = name[i] < 0x80 ? String(1, name[i]) : GetAcronym(name.substr(i, length));
     acronym += part;
     owner.insert(owner.end(), part.size(), i);
     i += length;
