@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <random>
 #include <set>
 
@@ -59,41 +60,19 @@ class RelayMgrTest : public ::testing::Test {
  protected:
   void SetUp() override { relay->Init(dir.child("nonius.db")); }
   void TearDown() override { relay->Close(); }
+  bool Get(const String& path, ncUploadNonius& read) { return relay->GetUploadNoniusByPath(path, read); }
+  bool Get(const String& path, ncDownloadNonius& read) { return relay->GetDownloadNoniusByPath(path, read); }
   // The stored record of the same source path equals the expected one.
-  void ExpectStored(const ncUploadNonius& expected) {
-    ncUploadNonius read;
-    ASSERT_TRUE(relay->GetUploadNoniusByPath(expected.srcPath, read));
-    ExpectSame(expected, read);
-  }
-  void ExpectStored(const ncDownloadNonius& expected) {
-    ncDownloadNonius read;
-    ASSERT_TRUE(relay->GetDownloadNoniusByPath(expected.srcPath, read));
+  template <typename Record>
+  void ExpectStored(const Record& expected) {
+    Record read;
+    ASSERT_TRUE(Get(expected.srcPath, read));
     ExpectSame(expected, read);
   }
 
   test::TempDir dir;
   nsCOMPtr<ncRelayMgr> relay{NC_NEW(ncRelayMgr)};
 };
-
-TEST_F(RelayMgrTest, RecordsRoundTripAndAreReplacedWhole) {
-  relay->UpdateUploadNonius(MakeUpload(kTrickyPath, 1));
-  ExpectStored(MakeUpload(kTrickyPath, 1));
-  // The second write of the same source path replaces every field; an empty uploadId still counts.
-  ncUploadNonius second;
-  second.srcPath = kTrickyPath;
-  second.status = 2;
-  relay->UpdateUploadNonius(second);
-  ExpectStored(second);
-  EXPECT_TRUE(relay->HasUploadNoniusWithPath(kTrickyPath));
-  relay->UpdateDownloadNonius(MakeDownload(kTrickyPath, 3));
-  ExpectStored(MakeDownload(kTrickyPath, 3));
-
-  // Nothing found: false, and the caller's record is left as it was.
-  ncUploadNonius untouched = MakeUpload(u"/keep", 9);
-  EXPECT_FALSE(relay->GetUploadNoniusByPath(u"/data/missing", untouched));
-  EXPECT_FALSE(relay->HasUploadNoniusWithPath(u"/data/O'Brien"));
-  ExpectSame(MakeUpload(u"/keep", 9), untouched);
-}
 
 // Listings append to what the caller has: all records highest status first, or those whose
 // status is not 2, or only those whose status is 2.
@@ -126,7 +105,7 @@ TEST_F(RelayMgrTest, ListingsSelectByStatus) {
                                    &ncRelayMgr::ListDownloadNoniusWithStatus2, MakeDownload);
 }
 
-TEST_F(RelayMgrTest, FieldUpdatesPausesAndDeletesTouchOnlyTheirRow) {
+TEST_F(RelayMgrTest, WritesReplaceWholeRecordsAndFieldUpdatesPausesAndDeletesTouchOnlyTheirRow) {
   const String other = kTrickyPath + u" (2)";
   for (const String& path : {kTrickyPath, other}) {
     relay->UpdateUploadNonius(MakeUpload(path, 1));
@@ -151,10 +130,21 @@ TEST_F(RelayMgrTest, FieldUpdatesPausesAndDeletesTouchOnlyTheirRow) {
   otherDownload.ratios = 0.1234;
   ExpectStored(upload);
   ExpectStored(download);
+  // The next write of the same source path replaces every field; an empty uploadId still counts.
+  ncUploadNonius blank;
+  blank.srcPath = kTrickyPath;
+  relay->UpdateUploadNonius(blank);
+  ExpectStored(blank);
+  EXPECT_TRUE(relay->HasUploadNoniusWithPath(kTrickyPath));
+  EXPECT_FALSE(relay->HasUploadNoniusWithPath(u"/data/O'Brien"));
+
   relay->DeleteUploadNonius(kTrickyPath);
   relay->DeleteDownloadNonius(kTrickyPath);
-  EXPECT_FALSE(relay->HasUploadNoniusWithPath(kTrickyPath));
-  EXPECT_FALSE(relay->GetDownloadNoniusByPath(kTrickyPath, download));
+  EXPECT_FALSE(Get(kTrickyPath, download));
+  // Nothing found: the caller's record is left as it was.
+  ncUploadNonius untouched = otherUpload;
+  EXPECT_FALSE(Get(kTrickyPath, untouched));
+  ExpectSame(otherUpload, untouched);
   ExpectStored(otherUpload);
   ExpectStored(otherDownload);
 }
@@ -166,10 +156,11 @@ class BlockListTest : public ::testing::Test {
     EXPECT_TRUE(relay->ParseUnuploadBlocks(list, maxNum, blocks));
     return blocks;
   }
+  // The count is added to the caller's number.
   uint32_t Count(const String& list) {
-    uint32_t num = 0;
+    uint32_t num = 100;
     EXPECT_TRUE(relay->GetUnuploadNum(list, num));
-    return num;
+    return num - 100;
   }
   String Delete(String list, int32_t blockId) {
     EXPECT_TRUE(relay->DeleteFormUnupload(list, blockId));
@@ -181,61 +172,47 @@ class BlockListTest : public ::testing::Test {
 };
 
 TEST_F(BlockListTest, ExpandsAndCountsOnlyClosedRanges) {
-  EXPECT_EQ((std::set<int32_t>{1, 2, 3, 4, 7}), Parse(u"[\"1-4\", \"7\"]", 10));
-  EXPECT_EQ((std::set<int32_t>{1, 2, 3}), Parse(u"[\"1-4\", \"7\"]", 3));
-  EXPECT_EQ((std::set<int32_t>{}), Parse(u"[\"1-4\"]", 0));
-  EXPECT_EQ(5u, Count(u"[\"1-4\",\"7\"]"));
-  // A range whose ends are equal or reversed, and an open range, hold no block yet.
-  for (const char16_t* none : {u"[\"5-5\"]", u"[\"3-\"]", u"[\"9-2\"]", u"[]"}) {
-    EXPECT_TRUE(Parse(none, 100).empty()) << base::ToUtf8(none);
-    EXPECT_EQ(0u, Count(none)) << base::ToUtf8(none);
+  // Equal or reversed ends and an open range hold no block yet; order and repeats do not
+  // matter to the set; a range at the top of the number space ends.
+  const struct { const char16_t* list; int32_t maxNum; std::set<int32_t> blocks; uint32_t count; } cases[] = {
+      {u"[\"1-4\", \"7\"]", 10, {1, 2, 3, 4, 7}, 5}, {u"[\"1-4\", \"7\"]", 3, {1, 2, 3}, 5}, {u"[\"1-4\"]", 0, {}, 4},
+      {u"[\"5-5\"]", 100, {}, 0}, {u"[\"3-\"]", 100, {}, 0}, {u"[\"9-2\"]", 100, {}, 0}, {u"[]", 100, {}, 0},
+      {u" [ \"8\", \"2-3\", \"3\" ] ", 10, {2, 3, 8}, 4},
+      {u"[\"2147483646-2147483647\"]", 10, {2147483646, 2147483647}, 2}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(base::ToUtf8(c.list));
+    EXPECT_EQ(c.blocks, Parse(c.list, c.maxNum));
+    EXPECT_EQ(c.count, Count(c.list));
   }
-  // Order and repeats do not matter to the readers; a range at the top of the number space ends.
-  EXPECT_EQ((std::set<int32_t>{2, 3, 8}), Parse(u" [ \"8\", \"2-3\", \"3\" ] ", 10));
-  EXPECT_EQ((std::set<int32_t>{2147483646, 2147483647}), Parse(u"[\"2147483646-2147483647\"]", 10));
-  // The count is added to the caller's number; an empty text is no list at all.
-  uint32_t num = 10;
-  EXPECT_TRUE(relay->GetUnuploadNum(u"[\"1-2\"]", num));
-  EXPECT_EQ(12u, num);
-  EXPECT_FALSE(relay->GetUnuploadNum(u"", num));
+  uint32_t num = 12;
+  EXPECT_FALSE(relay->GetUnuploadNum(u"", num));  // an empty text is no list at all
   EXPECT_EQ(12u, num);
 }
 
-TEST_F(BlockListTest, DeletingSplitsTheRangeThatHoldsTheBlock) {
-  EXPECT_EQ(u"[\"2-4\"]", Delete(u"[\"1-4\"]", 1));
-  EXPECT_EQ(u"[\"1\",\"3-4\"]", Delete(u"[\"1-4\"]", 2));
-  EXPECT_EQ(u"[\"1-2\",\"4\"]", Delete(u"[\"1-4\"]", 3));
-  EXPECT_EQ(u"[\"1-3\"]", Delete(u"[\"1-4\"]", 4));
-  // Only the first element that holds the block changes; a missing block changes nothing.
-  EXPECT_EQ(u"[\"1-4\",\"7\"]", Delete(u"[\"1-4\", \"7\"]", 6));
-  EXPECT_EQ(u"[\"3\"]", Delete(u"[\"3\",\"3\"]", 3));
-  EXPECT_EQ(u"[\"9\",\"1-3\"]", Delete(u"[\"9\",\"1-3\"]", 5));
+TEST_F(BlockListTest, DeletingSplitsTheFirstElementThatHoldsTheBlock) {
+  const struct { const char16_t* before; int32_t block; const char16_t* after; } cases[] = {
+      {u"[\"1-4\"]", 1, u"[\"2-4\"]"},           {u"[\"1-4\"]", 2, u"[\"1\",\"3-4\"]"},
+      {u"[\"1-4\"]", 3, u"[\"1-2\",\"4\"]"},     {u"[\"1-4\"]", 4, u"[\"1-3\"]"},
+      {u"[\"1-4\", \"7\"]", 6, u"[\"1-4\",\"7\"]"}, {u"[\"3\",\"3\"]", 3, u"[\"3\"]"},
+      {u"[\"9\",\"1-3\"]", 5, u"[\"9\",\"1-3\"]"}};
+  for (const auto& c : cases) EXPECT_EQ(String(c.after), Delete(c.before, c.block)) << base::ToUtf8(c.before);
   String empty;
   EXPECT_FALSE(relay->DeleteFormUnupload(empty, 1));
   EXPECT_EQ(u"", empty);
 }
 
 TEST_F(BlockListTest, ClosingTheOpenRangeAndResumingInAnyOrderEndWithAnEmptyList) {
-  struct Case {
-    const char16_t* before;
-    int32_t maxId;
-    bool result;
-    const char16_t* after;
-  } const cases[] = {
-      {u"", 1, true, u"[\"1\"]"},
-      {u"", 0, false, u""},
-      {u"[\"3-\"]", 9, true, u"[\"3-9\"]"},
-      {u"[\"3-\"]", 3, true, u"[\"3\"]"},
-      {u"[\"3-\"]", 2, false, u"[\"3-\"]"},
-      {u"[\"1-3\",\"5-9\"]", 9, false, u"[\"1-3\",\"5-9\"]"},  // not exactly one element
-      {u"[]", 9, false, u"[]"},
-      {u"[\"3-5\"]", 9, false, u"[\"3-5\"]"},  // already closed
-      {u"[\"\"]", 9, false, u"[\"\"]"},
-  };
-  for (const Case& c : cases) {
+  // A failure (no "after") leaves the list as it was: not exactly one element, a closed range,
+  // an element that is no range, a start beyond the last block.
+  const struct { const char16_t* before; int32_t maxId; const char16_t* after; } cases[] = {
+      {u"", 1, u"[\"1\"]"}, {u"[\"3-\"]", 9, u"[\"3-9\"]"}, {u"[\"3-\"]", 3, u"[\"3\"]"}, {u"", 0, nullptr},
+      {u"[\"3-\"]", 2, nullptr}, {u"[\"1-3\",\"5-9\"]", 9, nullptr}, {u"[]", 9, nullptr}, {u"[\"3-5\"]", 9, nullptr},
+      {u"[\"\"]", 9, nullptr}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(base::ToUtf8(c.before) + " " + std::to_string(c.maxId));
     String list = c.before;
-    EXPECT_EQ(c.result, relay->UpdateUnuploadWithMaxId(c.maxId, list)) << base::ToUtf8(c.before) << " " << c.maxId;
-    EXPECT_EQ(String(c.after), list) << base::ToUtf8(c.before) << " " << c.maxId;
+    EXPECT_EQ(c.after != nullptr, relay->UpdateUnuploadWithMaxId(c.maxId, list));
+    EXPECT_EQ(String(c.after ? c.after : c.before), list);
   }
 
   // An upload resumed block by block in any order: after every block the list names exactly
@@ -245,8 +222,8 @@ TEST_F(BlockListTest, ClosingTheOpenRangeAndResumingInAnyOrderEndWithAnEmptyList
     const int32_t last = 1 + static_cast<int32_t>(random() % 40);
     String list;
     ASSERT_TRUE(relay->UpdateUnuploadWithMaxId(last, list));
-    std::vector<int32_t> order;
-    for (int32_t block = 1; block <= last; ++block) order.push_back(block);
+    std::vector<int32_t> order(last);
+    std::iota(order.begin(), order.end(), 1);
     std::shuffle(order.begin(), order.end(), random);
     std::set<int32_t> owed(order.begin(), order.end());
     for (int32_t block : order) {
@@ -262,9 +239,8 @@ TEST_F(BlockListTest, ClosingTheOpenRangeAndResumingInAnyOrderEndWithAnEmptyList
 // Text that is not a list of strings reaches the caller as the reader's exception.
 TEST_F(BlockListTest, MalformedListsRaiseTheReadersErrors) {
   std::set<int32_t> blocks;
-  String list = u"[1, 2]";
   EXPECT_THROW_CODE_MESSAGE(
-      relay->ParseUnuploadBlocks(list, 10, blocks), JSON::TypeError,
+      relay->ParseUnuploadBlocks(u"[1, 2]", 10, blocks), JSON::TypeError,
       u"Assert false : Type error: except(String), actual(Integer) [JSON::ValueT<char>::as_string ()]");
   String truncated = u"[\"1-4\",\"7";
   EXPECT_THROW_CODE(relay->DeleteFormUnupload(truncated, 7), JSON::ParseError);
