@@ -141,58 +141,48 @@ TEST_F(LogMgrTest, TheCapHoldsAndTheCounterMatches) {
 }
 
 // A log.db from an earlier release: its delete trigger reads new.logType, which makes
-// current SQLite refuse every insert and delete, and its counters are off. The trigger is
-// either created, or written straight into the schema.
+// current SQLite refuse every insert and delete, and its counters are off. Some releases
+// wrote that trigger straight into the schema; UpgradeStepsTest repairs a created one.
+const char kOldTables[] =
+    "create table tb_synclog ( id INTEGER PRIMARY KEY, logType int, taskType int, relPath text, newName text, "
+    "size int, time int, remark text, visible bool); create table tb_logstat ( logType int PRIMARY KEY, logCount int);"
+    "insert into tb_logstat values (0, 999), (1, 7), (2, 0), (3, 0); create trigger trg_insertlog after insert on "
+    "tb_synclog begin update tb_logstat set logCount = logCount + 1 where logType = new.logType; end;";
 const char kOldDeleteTrigger[] =
-    "create trigger if not exists trg_deletelog after delete on tb_synclog begin update tb_logstat set logCount = "
-    "logCount - 1 where logType = new.logType; end";
-
-std::string OldLogDb(bool writtenIntoSchema) {
-  return std::string("create table tb_synclog ( id INTEGER PRIMARY KEY, logType int, taskType int, relPath text, "
-                     "newName text, size int, time int, remark text, visible bool);"
-                     "create table tb_logstat ( logType int PRIMARY KEY, logCount int);"
-                     "insert into tb_logstat values (0, 999), (1, 7), (2, 0), (3, 0);"
-                     "create trigger trg_insertlog after insert on tb_synclog begin update tb_logstat set logCount = "
-                     "logCount + 1 where logType = new.logType; end;") +
-         Fill(0, 10) + Fill(2, 5) + "update tb_synclog set visible = 0 where id = 1;" +
-         (writtenIntoSchema ? std::string("PRAGMA writable_schema=ON; insert into sqlite_master values('trigger', "
-                                          "'trg_deletelog', 'tb_synclog', 0, '") +
-                                  kOldDeleteTrigger + "'); PRAGMA writable_schema=OFF"
-                            : std::string(kOldDeleteTrigger));
-}
+    "update tb_synclog set visible = 0 where id = 1; PRAGMA writable_schema=ON; insert into sqlite_master values("
+    "'trigger', 'trg_deletelog', 'tb_synclog', 0, 'create trigger if not exists trg_deletelog after delete on "
+    "tb_synclog begin update tb_logstat set logCount = logCount - 1 where logType = new.logType; end');"
+    "PRAGMA writable_schema=OFF";
 
 TEST(LogRepairTest, InitReplacesTheOldDeleteTriggerAndRecounts) {
-  for (bool writtenIntoSchema : {false, true}) {
-    SCOPED_TRACE(writtenIntoSchema ? "written into the schema" : "created");
-    test::TempDir dir;
-    const String path = dir.child("log.db");
-    ASSERT_EQ("", RawExec(path, OldLogDb(writtenIntoSchema)));
-    // A new connection reads a schema written behind SQLite's back.
-    EXPECT_EQ("no such column: new.logType", RawExec(path, "delete from tb_synclog where logType = 2"));
+  test::TempDir dir;
+  const String path = dir.child("log.db");
+  ASSERT_EQ("", RawExec(path, kOldTables + Fill(0, 10) + Fill(2, 5) + kOldDeleteTrigger));
+  // A new connection reads a schema written behind SQLite's back.
+  EXPECT_EQ("no such column: new.logType", RawExec(path, "delete from tb_synclog where logType = 2"));
 
-    nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
-    log->Init(path);
-    const auto query = [&log](const std::string& sql) { return test::Query(log->GetDBMgr(), sql); };
-    EXPECT_EQ((Rows{{"1"}}), query("select count(*) from sqlite_master where name = 'trg_deletelog' and "
-                                   "sql like '%old.logType%'"));
-    EXPECT_EQ((Rows{{"15"}}), query("select count(*) from tb_synclog"));
-    EXPECT_EQ((Rows{{"0", "10"}, {"1", "0"}, {"2", "5"}, {"3", "0"}}), query(kCounters));
-    std::vector<ncSyncLogInfo> entries;
-    uint32_t total = 0;
-    log->GetSyncLog(0, entries, 1, 20, total);
-    EXPECT_EQ(9u, total);  // the hidden entry stays hidden
+  nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
+  log->Init(path);
+  const auto query = [&log](const std::string& sql) { return test::Query(log->GetDBMgr(), sql); };
+  EXPECT_EQ((Rows{{"1"}}), query("select count(*) from sqlite_master where name = 'trg_deletelog' and "
+                                 "sql like '%old.logType%'"));
+  EXPECT_EQ((Rows{{"15"}}), query("select count(*) from tb_synclog"));
+  EXPECT_EQ((Rows{{"0", "10"}, {"1", "0"}, {"2", "5"}, {"3", "0"}}), query(kCounters));
+  std::vector<ncSyncLogInfo> entries;
+  uint32_t total = 0;
+  log->GetSyncLog(0, entries, 1, 20, total);
+  EXPECT_EQ(9u, total);  // the hidden entry stays hidden
 
-    log->RecordSyncLog(0, Entry(u"after repair", 11));
-    log->ClearSyncLog(2);
-    EXPECT_EQ((Rows{{"0", "11"}, {"1", "0"}, {"2", "0"}, {"3", "0"}}), query(kCounters));
-    log->Close();
+  log->RecordSyncLog(0, Entry(u"after repair", 11));
+  log->ClearSyncLog(2);
+  EXPECT_EQ((Rows{{"0", "11"}, {"1", "0"}, {"2", "0"}, {"3", "0"}}), query(kCounters));
+  log->Close();
 
-    // A repaired file is left alone on the next start.
-    ASSERT_EQ("", RawExec(path, "update tb_logstat set logCount = 40 where logType = 3"));
-    log->Init(path);
-    EXPECT_EQ((Rows{{"3", "40"}}), query("select * from tb_logstat where logType = 3"));
-    log->Close();
-  }
+  // A repaired file is left alone on the next start.
+  ASSERT_EQ("", RawExec(path, "update tb_logstat set logCount = 40 where logType = 3"));
+  log->Init(path);
+  EXPECT_EQ((Rows{{"3", "40"}}), query("select * from tb_logstat where logType = 3"));
+  log->Close();
 }
 
 }  // namespace
