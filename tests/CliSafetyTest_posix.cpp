@@ -53,11 +53,6 @@ void ExpectRun(const CliRun& run, int status, std::initializer_list<std::string>
 
 JSON::Value ParseJson(const CliRun& run) { return JSON::Value::parse(run.output.substr(run.output.find('{'))); }
 
-size_t ListedCount(const std::string& root, const std::string& folder) {
-  const CliRun ls = Cli("--json ls " + Quoted(root) + " " + folder);
-  return ls.status == 0 ? JSON::Value::parse(ls.output).size() : 0;
-}
-
 std::string StateOf(const std::string& path) {
   const CliRun info = Cli("--json info " + Quoted(path));
   return info.status == 0 ? std::to_string(ParseJson(info).as_object().at("state").as_integer()) : "none";
@@ -125,7 +120,6 @@ TEST(CliSafetyTest, AnUnreadableFolderKeepsItsRecordsAndTheFirstScanWaitsForTheW
   ExpectRun(CliAsUser("scan -v " + Quoted(root)), 1,
             {"0 records removed", "unreadable: " + root + "/closed (Permission denied"});
   ::chmod((root + "/closed").c_str(), 0755);
-  EXPECT_EQ(1u, ListedCount(root, "closed"));
   EXPECT_EQ("0", StateOf(inner + "/b.txt"));
 }
 
@@ -173,7 +167,6 @@ TEST(CliSafetyTest, ScanNamesWhatItSkipsLeavesNestedStateAloneAndCountsWholeSubt
             {"skipped: " + root + "/link (symbolic link", "skipped: " + root + "/pipe (named pipe",
              "skipped: " + root + "/Makefile (ignored: office temporary", "skipped: " + root + "/nest/.kestrove.cache (",
              "skipped: " + nestedUnsync + " (unsynchronised-documents folder"});
-  EXPECT_EQ(3u, ListedCount(root, "nest") + ListedCount(root, "docs")) << "n.txt, deep, y.txt";
   EXPECT_EQ("none", StateOf(nestedUnsync + "/set-aside.txt"));
 
   int status = 0;

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <utility>
@@ -31,11 +30,8 @@ const String kDocId = u"gns://5F1E/9C0A";
 class FileMgrTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    streams = test::SupportsStreams(dir.path());
-    pathMgr = NC_NEW(ncPathMgr);
     pathMgr->Init(dir.wpath(), false);
     fileMgr = NC_NEW(ncFileMgr, pathMgr.get());
-    adsMgr = NC_NEW(ncADSMgr);
   }
   std::string p(const std::string& relative) const { return dir.path() + "/" + relative; }
   String w(const std::string& relative) const { return dir.child(relative); }
@@ -71,10 +67,10 @@ class FileMgrTest : public ::testing::Test {
   }
 
   test::TempDir dir;
-  bool streams = false;
-  nsCOMPtr<ncPathMgr> pathMgr;
+  const bool streams = test::SupportsStreams(dir.path());
+  nsCOMPtr<ncPathMgr> pathMgr{NC_NEW(ncPathMgr)};
   nsCOMPtr<ncIFileMgr> fileMgr;
-  nsCOMPtr<ncADSMgr> adsMgr;
+  nsCOMPtr<ncADSMgr> adsMgr{NC_NEW(ncADSMgr)};
 };
 
 // What the tags of the files do, where files keep streams.
@@ -269,9 +265,9 @@ TEST_F(FileMgrTagsTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolderAndFo
   for (const auto& f : folders) {
     if (f.vr) fileMgr->CustomizeVrFolder(w("top"), f.docType);
     else fileMgr->CustomizeFolder(w("top"), f.docType, u"Finance");
-    const std::string text = ReadFile(p("top/.directory"));
     EXPECT_EQ(f.comment, test::FolderDisplayText(p("top"))) << f.docType;
-    EXPECT_NE(std::string::npos, text.find("X-Kestrove-IconIndex=" + std::to_string(f.icon) + "\n")) << f.docType;
+    EXPECT_NE(std::string::npos, ReadFile(p("top/.directory")).find("X-Kestrove-IconIndex=" + std::to_string(f.icon) + "\n"))
+        << f.docType;
   }
   // A type name from the server stays one value: line breaks cannot add keys or groups.
   fileMgr->CustomizeFolder(w("top"), 4, u"A\nIcon=/evil.png\r\n[Other]\tx\\y\x01\x7F");
