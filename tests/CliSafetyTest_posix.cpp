@@ -29,9 +29,8 @@ CliRun CliAsUser(const std::string& arguments) {
 
 // Hands a tree to that user (the temporary folder itself included).
 void GiveToUser(const std::string& path) {
-  if (::geteuid() != 0) return;
   int status = 0;
-  test::RunCommand("chown -R 65534:65534 '" + path + "'", &status);
+  if (::geteuid() == 0) test::RunCommand("chown -R 65534:65534 '" + path + "'", &status);
   ASSERT_EQ(0, status);
 }
 
@@ -134,20 +133,14 @@ TEST(CliSafetyTest, AFileThatCannotBeTaggedIsReportedAndTheScanGoesOn) {
 
   const CliRun scan = Cli("--json scan " + Quoted(root));
   test::RunCommand("chattr -i " + Quoted(root + "/b.txt"), &status);
-  ExpectRun(scan, 1, {"could not tag " + root + "/b.txt: Permission denied"});
-  const JSON::Value parsed = ParseJson(scan);
-  const auto& report = parsed.as_object();
-  EXPECT_EQ(2, report.at("tagged").as_integer());
-  ASSERT_EQ(1u, report.at("failed").size());
-  EXPECT_EQ(5, report.at("failed")[0].as_object().at("code").as_integer());
+  ExpectRun(scan, 1,
+            {"could not tag " + root + "/b.txt: Permission denied", "\"tagged\": 2,",
+             "\"failed\": [{\"path\": \"" + root + "/b.txt\", \"step\": \"tag\", \"error\": \"Permission denied\", "
+             "\"code\": 5}]"});
   // The file after the failure is tagged.
   ExpectRun(Cli("--json info " + Quoted(root + "/c.txt")), 0, {"\"tags\": {\"docId\""});
-
   // Every record was written, so the next scan is no first scan and finds nothing new.
-  const CliRun again = Cli("--json scan " + Quoted(root));
-  ExpectRun(again, 0);
-  EXPECT_EQ(0, ParseJson(again).as_object().at("unsynchronised").as_integer());
-  EXPECT_EQ(3, ParseJson(again).as_object().at("tagged").as_integer());
+  ExpectRun(Cli("--json scan " + Quoted(root)), 0, {"\"firstScan\": false,", "\"tagged\": 3,", "\"unsynchronised\": 0,"});
 }
 
 TEST(CliSafetyTest, ScanNamesWhatItSkipsLeavesNestedStateAloneAndCountsWholeSubtrees) {
