@@ -82,14 +82,6 @@ class FileMgrTagsTest : public FileMgrTest {
   }
 };
 
-// The folder when it is on another file system than near and takes user extended
-// attributes; else empty.
-std::string OtherFileSystem(const test::TempDir& folder, const std::string& near) {
-  struct stat a, b;
-  if (folder.path().empty() || ::stat(folder.path().c_str(), &a) != 0 || ::stat(near.c_str(), &b) != 0) return "";
-  return a.st_dev != b.st_dev && test::SupportsStreams(folder.path()) ? folder.path() : "";
-}
-
 TEST_F(FileMgrTest, MoveAndCopyNumberFilesAndFoldersAndNothingOverwritesUnasked) {
   Lay({{"a.txt", "new"}, {"docs/", ""}, {"docs/a.txt", "old"}, {"docs/a (2).txt", "older"}, {"b.txt", "b"},
        {"Plans.old/", ""}, {"Plans.old/inside", "1"}, {"archive/", ""}, {"archive/Plans.old/", ""}});
@@ -145,17 +137,20 @@ TEST_F(FileMgrTagsTest, TagsTravelWithRenameAndMoveAndMoveNoADSStripsThemAlsoOnA
   EXPECT_EQ("11111", Tags(w("renamed.txt")));
   EXPECT_EQ("11111", Tags(MovedTo(w("renamed.txt"), w("sub/moved.txt"))));
 
+  // A folder on another file system that takes user extended attributes.
   test::TempDir shm("/dev/shm");
-  const std::string elsewhere = OtherFileSystem(shm, dir.path());
-  if (elsewhere.empty()) GTEST_SKIP() << "no second file system with user extended attributes";
+  const std::string elsewhere = shm.path();
+  struct stat here, there;
+  if (elsewhere.empty() || ::stat(elsewhere.c_str(), &there) != 0 || ::stat(dir.path().c_str(), &here) != 0 ||
+      here.st_dev == there.st_dev || !test::SupportsStreams(elsewhere))
+    GTEST_SKIP() << "no second file system with user extended attributes";
   WriteFile(elsewhere + "/far.txt", "occupied");
   const String target = MovedTo(w("sub/moved.txt"), base::FromUtf8(elsewhere + "/far.txt"));
   EXPECT_EQ(base::FromUtf8(elsewhere + "/far (2).txt"), target);
   EXPECT_EQ("data", ReadFile(elsewhere + "/far (2).txt"));
   EXPECT_EQ("11111", Tags(target));
-  struct stat info;
-  ASSERT_EQ(0, ::stat((elsewhere + "/far (2).txt").c_str(), &info));
-  EXPECT_EQ(0640u, info.st_mode & 07777);
+  ASSERT_EQ(0, ::stat((elsewhere + "/far (2).txt").c_str(), &there));
+  EXPECT_EQ(0640u, there.st_mode & 07777);
 
   // A folder does not cross file systems: it stays where it was.
   Lay({{"folder/", ""}, {"folder/f", "f"}});
