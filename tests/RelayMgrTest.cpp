@@ -73,33 +73,30 @@ class RelayMgrTest : public ::testing::Test {
 
 // Listings append to what the caller has: all records highest status first, or those whose
 // status is not 2, or only those whose status is 2.
-template <typename Record>
-void ExpectListings(ncRelayMgr* relay, void (ncRelayMgr::*update)(const Record&),
-                    bool (ncRelayMgr::*list)(std::vector<Record>&, bool),
-                    bool (ncRelayMgr::*listStatus2)(std::vector<Record>&), Record (*make)(const String&, int)) {
-  std::vector<Record> records(1);
-  EXPECT_FALSE((relay->*list)(records, true));
-  EXPECT_FALSE((relay->*listStatus2)(records));
-  EXPECT_EQ(1u, records.size());
-  for (int status : {1, 3, 2, 0}) (relay->*update)(make(base::Format(u"/data/%d'", status), status));
-  records.clear();
-  ASSERT_TRUE((relay->*list)(records, true));
-  EXPECT_EQ((std::vector<String>{u"/data/3'", u"/data/2'", u"/data/1'", u"/data/0'"}), Paths(records));
-  ExpectSame(make(u"/data/3'", 3), records.front());
-  records.clear();
-  ASSERT_TRUE((relay->*list)(records, false));
-  EXPECT_EQ(3u, records.size());
-  for (const Record& r : records) EXPECT_NE(2, r.status);
-  records.clear();
-  ASSERT_TRUE((relay->*listStatus2)(records));
-  EXPECT_EQ(std::vector<String>{u"/data/2'"}, Paths(records));
-}
-
 TEST_F(RelayMgrTest, ListingsSelectByStatus) {
-  ExpectListings<ncUploadNonius>(relay.get(), &ncRelayMgr::UpdateUploadNonius, &ncRelayMgr::ListUploadNonius,
-                                 &ncRelayMgr::ListUploadNoniusWithStatus2, MakeUpload);
-  ExpectListings<ncDownloadNonius>(relay.get(), &ncRelayMgr::UpdateDownloadNonius, &ncRelayMgr::ListDownloadNonius,
-                                   &ncRelayMgr::ListDownloadNoniusWithStatus2, MakeDownload);
+  const auto expectListings = [this](auto make, auto update, auto list, auto listStatus2) {
+    using Record = decltype(make(u"", 0));
+    std::vector<Record> records(1);
+    EXPECT_FALSE((relay.get()->*list)(records, true));
+    EXPECT_FALSE((relay.get()->*listStatus2)(records));
+    EXPECT_EQ(1u, records.size());
+    for (int status : {1, 3, 2, 0}) (relay.get()->*update)(make(base::Format(u"/data/%d'", status), status));
+    records.clear();
+    ASSERT_TRUE((relay.get()->*list)(records, true));
+    EXPECT_EQ((std::vector<String>{u"/data/3'", u"/data/2'", u"/data/1'", u"/data/0'"}), Paths(records));
+    ExpectSame(make(u"/data/3'", 3), records.front());
+    records.clear();
+    ASSERT_TRUE((relay.get()->*list)(records, false));
+    EXPECT_EQ(3u, records.size());
+    for (const Record& r : records) EXPECT_NE(2, r.status);
+    records.clear();
+    ASSERT_TRUE((relay.get()->*listStatus2)(records));
+    EXPECT_EQ(std::vector<String>{u"/data/2'"}, Paths(records));
+  };
+  expectListings(MakeUpload, &ncRelayMgr::UpdateUploadNonius, &ncRelayMgr::ListUploadNonius,
+                 &ncRelayMgr::ListUploadNoniusWithStatus2);
+  expectListings(MakeDownload, &ncRelayMgr::UpdateDownloadNonius, &ncRelayMgr::ListDownloadNonius,
+                 &ncRelayMgr::ListDownloadNoniusWithStatus2);
 }
 
 // That every other row stays as it was HostileValuesTest checks for each of these calls.
@@ -164,7 +161,7 @@ class BlockListTest : public ::testing::Test {
   nsCOMPtr<ncRelayMgr> relay{NC_NEW(ncRelayMgr)};
 };
 
-TEST_F(BlockListTest, ExpandsAndCountsOnlyClosedRanges) {
+TEST_F(BlockListTest, ExpandsCountsAndDeletesOnlyWhatTheClosedRangesHold) {
   // Equal or reversed ends and an open range hold no block yet; order and repeats do not
   // matter to the set; a range at the top of the number space ends.
   const struct { const char16_t* list; int32_t maxNum; std::set<int32_t> blocks; uint32_t count; } cases[] = {
@@ -180,15 +177,14 @@ TEST_F(BlockListTest, ExpandsAndCountsOnlyClosedRanges) {
   uint32_t num = 12;
   EXPECT_FALSE(relay->GetUnuploadNum(u"", num));  // an empty text is no list at all
   EXPECT_EQ(12u, num);
-}
 
-TEST_F(BlockListTest, DeletingSplitsTheFirstElementThatHoldsTheBlock) {
-  const struct { const char16_t* before; int32_t block; const char16_t* after; } cases[] = {
+  // Deleting a block splits the first element that holds it.
+  const struct { const char16_t* before; int32_t block; const char16_t* after; } deletions[] = {
       {u"[\"1-4\"]", 1, u"[\"2-4\"]"},           {u"[\"1-4\"]", 2, u"[\"1\",\"3-4\"]"},
       {u"[\"1-4\"]", 3, u"[\"1-2\",\"4\"]"},     {u"[\"1-4\"]", 4, u"[\"1-3\"]"},
       {u"[\"1-4\", \"7\"]", 6, u"[\"1-4\",\"7\"]"}, {u"[\"3\",\"3\"]", 3, u"[\"3\"]"},
       {u"[\"9\",\"1-3\"]", 5, u"[\"9\",\"1-3\"]"}};
-  for (const auto& c : cases) EXPECT_EQ(String(c.after), Delete(c.before, c.block)) << base::ToUtf8(c.before);
+  for (const auto& d : deletions) EXPECT_EQ(String(d.after), Delete(d.before, d.block)) << base::ToUtf8(d.before);
   String empty;
   EXPECT_FALSE(relay->DeleteFormUnupload(empty, 1));
   EXPECT_EQ(u"", empty);
