@@ -40,10 +40,8 @@ class FileMgrTest : public ::testing::Test {
   }
   void Tag(const String& path) {
     adsMgr->SetDocIdInfo(path, kDocId);
-    adsMgr->SetDelayInfo(path, 11);
-    adsMgr->SetStatusInfo(path, 3);
-    adsMgr->SetVrTypeInfo(path, 2);
     adsMgr->SetErrMarkInfo(path, 7);
+    for (auto set : {&ncADSMgr::SetDelayInfo, &ncADSMgr::SetStatusInfo, &ncADSMgr::SetVrTypeInfo}) (adsMgr.get()->*set)(path, 3);
   }
   // Lays out folders (names ending in '/') and files with their content, in order.
   void Lay(std::initializer_list<std::pair<std::string, const char*>> items) {
