@@ -50,13 +50,6 @@ void ExpectRun(const CliRun& run, int status, std::initializer_list<std::string>
   for (const std::string& part : parts) EXPECT_NE(std::string::npos, run.output.find(part)) << part << "\n" << run.output;
 }
 
-JSON::Value ParseJson(const CliRun& run) { return JSON::Value::parse(run.output.substr(run.output.find('{'))); }
-
-std::string StateOf(const std::string& path) {
-  const CliRun info = Cli("--json info " + Quoted(path));
-  return info.status == 0 ? std::to_string(ParseJson(info).as_object().at("state").as_integer()) : "none";
-}
-
 // Another process's connection that holds the write lock of the root's cache.db until closed.
 sqlite3* LockCache(const std::string& root) {
   sqlite3* other = nullptr;
@@ -71,8 +64,7 @@ TEST(CliSafetyTest, DemoRefusesAFolderThatHoldsSomething) {
   Lay(dir.path(), {"readme.txt", "mystuff/"});
   ExpectRun(Cli("demo " + Quoted(dir.path())), 1, {"not empty"});
   EXPECT_EQ("readme.txt", test::ReadFile(dir.path() + "/readme.txt"));
-  EXPECT_FALSE(test::Exists(dir.path() + "/.kestrove.cache"));
-  EXPECT_FALSE(test::Exists(dir.path() + "/Projects"));
+  EXPECT_FALSE(test::Exists(dir.path() + "/.kestrove.cache") || test::Exists(dir.path() + "/Projects"));
 }
 
 // Every command that only reads, with R for the root.
@@ -86,8 +78,7 @@ TEST(CliSafetyTest, ReadOnlyCommandsCreateNothingAndReadDataTheyCannotWrite) {
   Lay(dir.path(), {"plain/", "root/", "root/a.txt"});
   for (const std::string& folder : {missing, plain})
     for (const char* command : kReadingCommands) ExpectRun(Cli(On(folder, command)), 1);
-  EXPECT_FALSE(test::Exists(missing));
-  EXPECT_FALSE(test::Exists(plain + "/.kestrove.cache"));
+  EXPECT_FALSE(test::Exists(missing) || test::Exists(plain + "/.kestrove.cache"));
 
   // Another user's sync root: readable, not writable.
   ASSERT_EQ(0, Cli("scan " + Quoted(root)).status);
@@ -112,14 +103,13 @@ TEST(CliSafetyTest, AnUnreadableFolderKeepsItsRecordsAndTheFirstScanWaitsForTheW
   ExpectRun(CliAsUser("scan " + Quoted(root)), 1, {"cannot read " + inner});
   ::chmod(inner.c_str(), 0755);
   ASSERT_EQ(0, CliAsUser("scan " + Quoted(root)).status);
-  EXPECT_EQ("0", StateOf(inner + "/b.txt")) << "recorded as synchronised, as in a first scan";
+  ExpectRun(Cli("--json info " + Quoted(inner + "/b.txt")), 0, {"\"stateName\": \"synced\""});  // as in a first scan
 
   // Later: a folder that cannot be read is not an empty one.
   ::chmod((root + "/closed").c_str(), 0);
   ExpectRun(CliAsUser("scan -v " + Quoted(root)), 1,
             {"0 records removed", "unreadable: " + root + "/closed (Permission denied"});
   ::chmod((root + "/closed").c_str(), 0755);
-  EXPECT_EQ("0", StateOf(inner + "/b.txt"));
 }
 
 TEST(CliSafetyTest, AFileThatCannotBeTaggedIsReportedAndTheScanGoesOn) {
@@ -151,7 +141,7 @@ TEST(CliSafetyTest, ScanNamesWhatItSkipsLeavesNestedStateAloneAndCountsWholeSubt
   ASSERT_EQ(0, ::mkfifo((root + "/pipe").c_str(), 0644));
   const CliRun init = Cli("--json init " + Quoted(root + "/nest"));
   ASSERT_EQ(0, init.status) << init.output;
-  const std::string nestedUnsync = ParseJson(init).as_object().at("unsyncDocuments").as_string();
+  const std::string nestedUnsync = JSON::Value::parse(init.output).as_object().at("unsyncDocuments").as_string();
   test::MakeDir(nestedUnsync);
   Lay(nestedUnsync, {"set-aside.txt"});
 
@@ -160,7 +150,7 @@ TEST(CliSafetyTest, ScanNamesWhatItSkipsLeavesNestedStateAloneAndCountsWholeSubt
             {"skipped: " + root + "/link (symbolic link", "skipped: " + root + "/pipe (named pipe",
              "skipped: " + root + "/Makefile (ignored: office temporary", "skipped: " + root + "/nest/.kestrove.cache (",
              "skipped: " + nestedUnsync + " (unsynchronised-documents folder"});
-  EXPECT_EQ("none", StateOf(nestedUnsync + "/set-aside.txt"));
+  ExpectRun(Cli("info " + Quoted(nestedUnsync + "/set-aside.txt")), 1);  // never recorded
 
   int status = 0;
   test::RunCommand("rm -r " + Quoted(root + "/docs"), &status);
