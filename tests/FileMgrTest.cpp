@@ -192,8 +192,7 @@ TEST_F(FileMgrTagsTest, InternalRenameAndDeleteGoThroughTheTemporaryNameAndCarry
   EXPECT_FALSE(Exists(TempOf("a.txt")));
 
   fileMgr->InternalDelete(w("folder"), kDocId);
-  EXPECT_FALSE(Exists(p("folder")));
-  EXPECT_FALSE(Exists(TempOf("folder")));
+  EXPECT_FALSE(Exists(p("folder")) || Exists(TempOf("folder")));
 
   // What an interrupted operation left at the temporary name is the item itself: the next
   // operation on it finishes the job instead of throwing it away.
@@ -245,10 +244,6 @@ TEST_F(FileMgrTagsTest, DuplicatesRepeatTheirPlaceInTheUnsynchronisedFolderAndFo
   EXPECT_EQ(base::Path::combine(unsync, u"sub/x.txt"), first);
   EXPECT_EQ("01110", Tags(first));  // no longer that document, no error; delay, status and view stay
   EXPECT_EQ("Z-Unsynchronized Documents", test::FolderDisplayText(base::ToUtf8(unsync)));
-
-  test::TempDir outside;  // from outside the root: at the top of the folder
-  WriteFile(outside.path() + "/far.txt", "far");
-  EXPECT_EQ(base::Path::combine(unsync, u"far.txt"), fileMgr->CreateDupDoc(outside.child("far.txt"), kDocId));
 
   // Folders get the icon and text of their first kind.
   // Document type, virtual-view folder or not, display text, icon index.
