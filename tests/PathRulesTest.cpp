@@ -46,7 +46,6 @@ TEST(PathMgrTest, MainAndLocalSyncRootPaths) {
 class PathRulesTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    pathMgr = NC_NEW(ncPathMgr);
     pathMgr->Init(dir.wpath(), false);
     pathMgr->SetUserName(u"alice");
   }
@@ -61,7 +60,7 @@ class PathRulesTest : public ::testing::Test {
   }
 
   test::TempDir dir;
-  nsCOMPtr<ncPathMgr> pathMgr;
+  nsCOMPtr<ncPathMgr> pathMgr{NC_NEW(ncPathMgr)};
 };
 
 TEST_F(PathRulesTest, EachIgnoreRuleAndTheCadTemporariesMatchAndTheirNearMissesDoNot) {
@@ -130,8 +129,7 @@ TEST_F(PathRulesTest, TooLongAtTheFileSystemsLimits) {
   if (pathMax == 0) return;
   std::string path = "/" + std::string(200, 'r');
   while (path.size() + 201 < pathMax) path += "/" + std::string(200, 'd');
-  path += "/" + std::string(pathMax - 1 - path.size() - 1, 'f');
-  ASSERT_EQ(size_t(pathMax - 1), path.size());
+  path += "/" + std::string(pathMax - 1 - path.size() - 1, 'f');  // pathMax - 1 bytes
   EXPECT_FALSE(pathMgr->IsTooLongPath(base::FromUtf8(path)));
   EXPECT_TRUE(pathMgr->IsTooLongPath(base::FromUtf8(path + "f")));
   // Bytes count, not units: 128 two-byte characters make a 256-byte name.
