@@ -36,10 +36,8 @@ void GiveToUser(const std::string& path) {
 
 // Lays out folders (names ending in '/') and files holding their own names, in order.
 void Lay(const std::string& root, std::initializer_list<std::string> items) {
-  for (const std::string& item : items) {
-    if (item.back() == '/') test::MakeDir(root + "/" + item);
-    else test::WriteFile(root + "/" + item, item);
-  }
+  for (const std::string& item : items)
+    item.back() == '/' ? test::MakeDir(root + "/" + item) : test::WriteFile(root + "/" + item, item);
 }
 
 std::string Quoted(const std::string& path) { return "'" + path + "'"; }
