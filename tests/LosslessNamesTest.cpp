@@ -93,6 +93,20 @@ TEST_F(LosslessNamesTest, NamesThatDifferOnlyInInvalidUnitsKeepTheirOwnRowsTagsA
     ASSERT_TRUE(tags_->GetDocIdInfo(Absolute(files[i]), tagged));
     EXPECT_EQ(idOf(i) + u"|" + idOf(i), info.id + u"|" + tagged);
   }
+
+  // File operations reach the item with those exact bytes, and only it.
+  nsCOMPtr<ncPathMgr> pathMgr(NC_NEW(ncPathMgr));
+  pathMgr->Init(dir_.wpath(), false);
+  nsCOMPtr<ncFileMgr> fileMgr(NC_NEW(ncFileMgr, pathMgr.get()));
+  const String renamed = Absolute(u"sub\xDCFF/c" + kLoneHigh + u".txt");
+  fileMgr->InternalRename(Absolute(files[1]), renamed, idOf(1));
+  // Its neighbour, one byte apart, is another file.
+  EXPECT_TRUE(test::Exists(dir_.path() + "/sub\xFF/c\xED\xA0\x80.txt") && test::Exists(dir_.path() + "/a\xFE.txt"));
+  String tagged;
+  EXPECT_TRUE(tags_->GetDocIdInfo(renamed, tagged));
+  EXPECT_EQ(idOf(1), tagged);
+  fileMgr->Delete(Absolute(u"sub\xDCFF"));
+  EXPECT_FALSE(test::Exists(dir_.path() + "/sub\xFF"));
 }
 
 TEST_F(LosslessNamesTest, ADocumentIdWithANulInsideIsStoredAndReadWhole) {
