@@ -27,13 +27,6 @@ CliRun CliAsUser(const std::string& arguments) {
   return run;
 }
 
-// Hands a tree to that user (the temporary folder itself included).
-void GiveToUser(const std::string& path) {
-  int status = 0;
-  if (::geteuid() == 0) test::RunCommand("chown -R 65534:65534 '" + path + "'", &status);
-  ASSERT_EQ(0, status);
-}
-
 // Lays out folders (names ending in '/') and files holding their own names, in order.
 void Lay(const std::string& root, std::initializer_list<std::string> items) {
   for (const std::string& item : items)
@@ -94,7 +87,9 @@ TEST(CliSafetyTest, AnUnreadableFolderKeepsItsRecordsAndTheFirstScanWaitsForTheW
   test::TempDir dir;
   const std::string root = dir.path(), inner = root + "/closed/inner";
   Lay(root, {"open/", "open/a.txt", "closed/", "closed/inner/", "closed/inner/b.txt"});
-  GiveToUser(root);
+  int status = 0;  // the tree goes to that user, the temporary folder itself included
+  if (::geteuid() == 0) test::RunCommand("chown -R 65534:65534 " + Quoted(root), &status);
+  ASSERT_EQ(0, status);
   ::chmod(inner.c_str(), 0);
 
   // A first scan that could not read everything does not count as the first scan.

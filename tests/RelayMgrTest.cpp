@@ -46,13 +46,6 @@ void ExpectSame(const ncDownloadNonius& a, const ncDownloadNonius& b) {
 }
 #undef SAME
 
-template <typename Record>
-std::vector<String> Paths(const std::vector<Record>& list) {
-  std::vector<String> paths;
-  for (const Record& r : list) paths.push_back(r.srcPath);
-  return paths;
-}
-
 class RelayMgrTest : public ::testing::Test {
  protected:
   void SetUp() override { relay->Init(dir.child("nonius.db")); }
@@ -76,11 +69,16 @@ class RelayMgrTest : public ::testing::Test {
 TEST_F(RelayMgrTest, ListingsSelectByStatus) {
   const auto expectListings = [this](auto make, auto update, auto list, auto listStatus2) {
     using Record = decltype(make(u"", 0));
+    const auto paths = [](const std::vector<Record>& list) {
+      std::vector<String> srcPaths;
+      for (const Record& r : list) srcPaths.push_back(r.srcPath);
+      return srcPaths;
+    };
     std::vector<Record> records(1);  // listings append to what the caller has
     EXPECT_FALSE((relay.get()->*list)(records, true) || (relay.get()->*listStatus2)(records));
     for (int status : {1, 3, 2, 0}) (relay.get()->*update)(make(base::Format(u"/data/%d'", status), status));
     ASSERT_TRUE((relay.get()->*list)(records, true));
-    EXPECT_EQ((std::vector<String>{u"", u"/data/3'", u"/data/2'", u"/data/1'", u"/data/0'"}), Paths(records));
+    EXPECT_EQ((std::vector<String>{u"", u"/data/3'", u"/data/2'", u"/data/1'", u"/data/0'"}), paths(records));
     ExpectSame(make(u"/data/3'", 3), records[1]);
     records.clear();
     ASSERT_TRUE((relay.get()->*list)(records, false));
@@ -88,7 +86,7 @@ TEST_F(RelayMgrTest, ListingsSelectByStatus) {
     for (const Record& r : records) EXPECT_NE(2, r.status);
     records.clear();
     ASSERT_TRUE((relay.get()->*listStatus2)(records));
-    EXPECT_EQ(std::vector<String>{u"/data/2'"}, Paths(records));
+    EXPECT_EQ(std::vector<String>{u"/data/2'"}, paths(records));
   };
   expectListings(MakeUpload, &ncRelayMgr::UpdateUploadNonius, &ncRelayMgr::ListUploadNonius,
                  &ncRelayMgr::ListUploadNoniusWithStatus2);
