@@ -143,9 +143,8 @@ TEST(LogRepairTest, InitReplacesTheOldDeleteTriggerAndRecounts) {
   nsCOMPtr<ncLogMgr> log(NC_NEW(ncLogMgr));
   log->Init(path);
   const auto query = [&log](const std::string& sql) { return test::Query(log->GetDBMgr(), sql); };
-  EXPECT_EQ((Rows{{"1"}}), query("select count(*) from sqlite_master where name = 'trg_deletelog' and "
-                                 "sql like '%old.logType%'"));
-  EXPECT_EQ((Rows{{"15"}}), query("select count(*) from tb_synclog"));
+  EXPECT_EQ((Rows{{"1", "15"}}), query("select (select count(*) from sqlite_master where name = 'trg_deletelog' and "
+                                       "sql like '%old.logType%'), count(*) from tb_synclog"));
   EXPECT_EQ((Rows{{"0", "10"}, {"1", "0"}, {"2", "5"}, {"3", "0"}}), query(kCounters));
   std::vector<ncSyncLogInfo> entries;
   uint32_t total = 0;

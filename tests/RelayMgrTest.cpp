@@ -155,7 +155,7 @@ class BlockListTest : public ::testing::Test {
   nsCOMPtr<ncRelayMgr> relay{NC_NEW(ncRelayMgr)};
 };
 
-TEST_F(BlockListTest, ExpandsCountsAndDeletesOnlyWhatTheClosedRangesHold) {
+TEST_F(BlockListTest, ExpandsCountsAndDeletesOnlyWhatClosedRangesHoldAndPassesOnTheReadersErrors) {
   // Equal or reversed ends and an open range hold no block yet; order and repeats do not
   // matter to the set; a range at the top of the number space ends.
   const struct { const char16_t* list; int32_t maxNum; std::set<int32_t> blocks; uint32_t count; } cases[] = {
@@ -182,6 +182,12 @@ TEST_F(BlockListTest, ExpandsCountsAndDeletesOnlyWhatTheClosedRangesHold) {
   String empty;
   EXPECT_FALSE(relay->DeleteFormUnupload(empty, 1));
   EXPECT_EQ(u"", empty);
+
+  // Text that is not a list of strings reaches the caller as the reader's exception.
+  std::set<int32_t> blocks;
+  EXPECT_THROW_CODE_MESSAGE(
+      relay->ParseUnuploadBlocks(u"[1, 2]", 10, blocks), JSON::TypeError,
+      u"Assert false : Type error: except(String), actual(Integer) [JSON::ValueT<char>::as_string ()]");
 }
 
 TEST_F(BlockListTest, ClosingTheOpenRangeAndResumingInAnyOrderEndWithAnEmptyList) {
@@ -210,14 +216,6 @@ TEST_F(BlockListTest, ClosingTheOpenRangeAndResumingInAnyOrderEndWithAnEmptyList
     ASSERT_EQ(owed.size(), Count(list)) << base::ToUtf8(list);
   }
   EXPECT_EQ(u"[]", list);
-}
-
-// Text that is not a list of strings reaches the caller as the reader's exception.
-TEST_F(BlockListTest, MalformedListsRaiseTheReadersErrors) {
-  std::set<int32_t> blocks;
-  EXPECT_THROW_CODE_MESSAGE(
-      relay->ParseUnuploadBlocks(u"[1, 2]", 10, blocks), JSON::TypeError,
-      u"Assert false : Type error: except(String), actual(Integer) [JSON::ValueT<char>::as_string ()]");
 }
 
 }  // namespace
