@@ -46,7 +46,8 @@ class FileMgrTest : public ::testing::Test {
   // Lays out folders (names ending in '/') and files with their content, in order.
   void Lay(std::initializer_list<std::pair<std::string, const char*>> items) {
     for (const auto& item : items)
-      item.first.back() == '/' ? test::MakeDir(p(item.first)) : WriteFile(p(item.first), item.second);
+      item.first.back() == '/' ? test::MakeDir(p(item.first.substr(0, item.first.size() - 1)))
+                               : WriteFile(p(item.first), item.second);
   }
   // Moves and answers where the item went after numbering.
   String MovedTo(const String& from, String target) {
