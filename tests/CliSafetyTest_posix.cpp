@@ -78,7 +78,7 @@ TEST(CliSafetyTest, AnUnreadableFolderKeepsItsRecordsAndTheFirstScanWaitsForTheW
   test::TempDir dir;
   const std::string root = dir.path(), inner = root + "/closed/inner";
   Lay(root, {"open/", "open/a.txt", "closed/", "closed/inner/", "closed/inner/b.txt"});
-  int status = 0;  // the tree goes to that user, the temporary folder itself included
+  int status = 0;  // the tree goes to the user CliAsUser runs as, the temporary folder included
   if (::geteuid() == 0) test::RunCommand("chown -R 65534:65534 " + Quoted(root), &status);
   ASSERT_EQ(0, status);
   ::chmod(inner.c_str(), 0);
