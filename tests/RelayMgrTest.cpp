@@ -3,9 +3,7 @@
 // one by one).
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
-#include <random>
 #include <set>
 
 #include "TestSupport.h"
@@ -48,26 +46,17 @@ void ExpectSame(const ncDownloadNonius& a, const ncDownloadNonius& b) {
 }
 #undef SAME
 
-template <typename Record>
-std::vector<String> Paths(const std::vector<Record>& list) {
-  std::vector<String> paths;
-  for (const Record& r : list) paths.push_back(r.srcPath);
-  return paths;
-}
-
 class RelayMgrTest : public ::testing::Test {
  protected:
   void SetUp() override { relay->Init(dir.child("nonius.db")); }
   void TearDown() override { relay->Close(); }
+  bool Get(const String& path, ncUploadNonius& read) { return relay->GetUploadNoniusByPath(path, read); }
+  bool Get(const String& path, ncDownloadNonius& read) { return relay->GetDownloadNoniusByPath(path, read); }
   // The stored record of the same source path equals the expected one.
-  void ExpectStored(const ncUploadNonius& expected) {
-    ncUploadNonius read;
-    ASSERT_TRUE(relay->GetUploadNoniusByPath(expected.srcPath, read));
-    ExpectSame(expected, read);
-  }
-  void ExpectStored(const ncDownloadNonius& expected) {
-    ncDownloadNonius read;
-    ASSERT_TRUE(relay->GetDownloadNoniusByPath(expected.srcPath, read));
+  template <typename Record>
+  void ExpectStored(const Record& expected) {
+    Record read;
+    ASSERT_TRUE(Get(expected.srcPath, read));
     ExpectSame(expected, read);
   }
 
@@ -75,88 +64,73 @@ class RelayMgrTest : public ::testing::Test {
   nsCOMPtr<ncRelayMgr> relay{NC_NEW(ncRelayMgr)};
 };
 
-TEST_F(RelayMgrTest, RecordsRoundTripAndAreReplacedWhole) {
-  relay->UpdateUploadNonius(MakeUpload(kTrickyPath, 1));
-  ExpectStored(MakeUpload(kTrickyPath, 1));
-  // The second write of the same source path replaces every field; an empty uploadId still counts.
-  ncUploadNonius second;
-  second.srcPath = kTrickyPath;
-  second.status = 2;
-  relay->UpdateUploadNonius(second);
-  ExpectStored(second);
-  EXPECT_TRUE(relay->HasUploadNoniusWithPath(kTrickyPath));
-  relay->UpdateDownloadNonius(MakeDownload(kTrickyPath, 3));
-  ExpectStored(MakeDownload(kTrickyPath, 3));
-
-  // Nothing found: false, and the caller's record is left as it was.
-  ncUploadNonius untouched = MakeUpload(u"/keep", 9);
-  EXPECT_FALSE(relay->GetUploadNoniusByPath(u"/data/missing", untouched));
-  EXPECT_FALSE(relay->HasUploadNoniusWithPath(u"/data/O'Brien"));
-  ExpectSame(MakeUpload(u"/keep", 9), untouched);
-}
-
-// Listings append to what the caller has: all records highest status first, or those whose
-// status is not 2, or only those whose status is 2.
-template <typename Record>
-void ExpectListings(ncRelayMgr* relay, void (ncRelayMgr::*update)(const Record&),
-                    bool (ncRelayMgr::*list)(std::vector<Record>&, bool),
-                    bool (ncRelayMgr::*listStatus2)(std::vector<Record>&), Record (*make)(const String&, int)) {
-  std::vector<Record> records(1);
-  EXPECT_FALSE((relay->*list)(records, true));
-  EXPECT_FALSE((relay->*listStatus2)(records));
-  EXPECT_EQ(1u, records.size());
-  for (int status : {1, 3, 2, 0}) (relay->*update)(make(base::Format(u"/data/%d'", status), status));
-  records.clear();
-  ASSERT_TRUE((relay->*list)(records, true));
-  EXPECT_EQ((std::vector<String>{u"/data/3'", u"/data/2'", u"/data/1'", u"/data/0'"}), Paths(records));
-  ExpectSame(make(u"/data/3'", 3), records.front());
-  records.clear();
-  ASSERT_TRUE((relay->*list)(records, false));
-  EXPECT_EQ(3u, records.size());
-  for (const Record& r : records) EXPECT_NE(2, r.status);
-  records.clear();
-  ASSERT_TRUE((relay->*listStatus2)(records));
-  EXPECT_EQ(std::vector<String>{u"/data/2'"}, Paths(records));
-}
-
+// Listings: all records highest status first, or those whose status is not 2, or only those
+// whose status is 2.
 TEST_F(RelayMgrTest, ListingsSelectByStatus) {
-  ExpectListings<ncUploadNonius>(relay.get(), &ncRelayMgr::UpdateUploadNonius, &ncRelayMgr::ListUploadNonius,
-                                 &ncRelayMgr::ListUploadNoniusWithStatus2, MakeUpload);
-  ExpectListings<ncDownloadNonius>(relay.get(), &ncRelayMgr::UpdateDownloadNonius, &ncRelayMgr::ListDownloadNonius,
-                                   &ncRelayMgr::ListDownloadNoniusWithStatus2, MakeDownload);
+  const auto expectListings = [this](auto make, auto update, auto list, auto listStatus2) {
+    using Record = decltype(make(u"", 0));
+    const auto paths = [](const std::vector<Record>& list) {
+      std::vector<String> srcPaths;
+      for (const Record& r : list) srcPaths.push_back(r.srcPath);
+      return srcPaths;
+    };
+    std::vector<Record> records(1);  // listings append to what the caller has
+    EXPECT_FALSE((relay.get()->*list)(records, true) || (relay.get()->*listStatus2)(records));
+    for (int status : {1, 3, 2, 0}) (relay.get()->*update)(make(base::Format(u"/data/%d'", status), status));
+    ASSERT_TRUE((relay.get()->*list)(records, true));
+    EXPECT_EQ((std::vector<String>{u"", u"/data/3'", u"/data/2'", u"/data/1'", u"/data/0'"}), paths(records));
+    ExpectSame(make(u"/data/3'", 3), records[1]);
+    records.clear();
+    ASSERT_TRUE((relay.get()->*list)(records, false));
+    EXPECT_EQ(3u, records.size());
+    for (const Record& r : records) EXPECT_NE(2, r.status);
+    records.clear();
+    ASSERT_TRUE((relay.get()->*listStatus2)(records));
+    EXPECT_EQ(std::vector<String>{u"/data/2'"}, paths(records));
+  };
+  expectListings(MakeUpload, &ncRelayMgr::UpdateUploadNonius, &ncRelayMgr::ListUploadNonius,
+                 &ncRelayMgr::ListUploadNoniusWithStatus2);
+  expectListings(MakeDownload, &ncRelayMgr::UpdateDownloadNonius, &ncRelayMgr::ListDownloadNonius,
+                 &ncRelayMgr::ListDownloadNoniusWithStatus2);
 }
 
-TEST_F(RelayMgrTest, FieldUpdatesPausesAndDeletesTouchOnlyTheirRow) {
-  const String other = kTrickyPath + u" (2)";
-  for (const String& path : {kTrickyPath, other}) {
-    relay->UpdateUploadNonius(MakeUpload(path, 1));
-    relay->UpdateDownloadNonius(MakeDownload(path, 1));
-  }
+// That every other row stays as it was HostileValuesTest checks for each of these calls.
+TEST_F(RelayMgrTest, FieldUpdatesPausesWholeWritesAndDeletesReachTheirRow) {
+  relay->UpdateUploadNonius(MakeUpload(kTrickyPath, 1));
+  relay->UpdateDownloadNonius(MakeDownload(kTrickyPath, 1));
   relay->UpdateUploadNoniusUnuploadBlocks(kTrickyPath, u"[\"1\",\"3-4\"]", 6);
   relay->UpdateUploadNoniusDuration(kTrickyPath, 9876543210LL);
+  relay->UpdateDownloadNonius_Pause(kTrickyPath, 0.12345, 5);
   relay->UpdateDownloadNoniusRange(kTrickyPath, 77, 8, 1718000000999LL);
   // A pause keeps four decimals of the ratio, truncated toward zero.
-  relay->UpdateUploadNonius_Pause(other, -0.12345, 4);
-  relay->UpdateDownloadNonius_Pause(other, 0.12345, 5);
+  relay->UpdateUploadNonius_Pause(kTrickyPath, -0.12345, 4);
   EXPECT_EQ(0, ncRelayMgr::EncodeRatio(std::nan("")));
   EXPECT_EQ(INT32_MAX, ncRelayMgr::EncodeRatio(1e300));
-
-  ncUploadNonius upload = MakeUpload(kTrickyPath, 6), otherUpload = MakeUpload(other, 4);
+  ncUploadNonius upload = MakeUpload(kTrickyPath, 4);
   upload.unUploadBlocks = u"[\"1\",\"3-4\"]";
   upload.duration = 9876543210LL;
-  otherUpload.ratios = -0.1234;
-  ncDownloadNonius download = MakeDownload(kTrickyPath, 8), otherDownload = MakeDownload(other, 5);
+  upload.ratios = -0.1234;
+  ncDownloadNonius download = MakeDownload(kTrickyPath, 8);
   download.range = 77;
   download.lastModified = 1718000000999LL;
-  otherDownload.ratios = 0.1234;
+  download.ratios = 0.1234;
   ExpectStored(upload);
   ExpectStored(download);
+
+  // The next write of the same source path replaces every field; an empty uploadId still counts.
+  ncUploadNonius blank;
+  blank.srcPath = kTrickyPath;
+  relay->UpdateUploadNonius(blank);
+  ExpectStored(blank);
+  EXPECT_TRUE(relay->HasUploadNoniusWithPath(kTrickyPath));
+  EXPECT_FALSE(relay->HasUploadNoniusWithPath(u"/data/O'Brien"));
+
   relay->DeleteUploadNonius(kTrickyPath);
   relay->DeleteDownloadNonius(kTrickyPath);
-  EXPECT_FALSE(relay->HasUploadNoniusWithPath(kTrickyPath));
-  EXPECT_FALSE(relay->GetDownloadNoniusByPath(kTrickyPath, download));
-  ExpectStored(otherUpload);
-  ExpectStored(otherDownload);
+  // Nothing found: the caller's record is left as it was.
+  ncUploadNonius untouched = upload;
+  EXPECT_FALSE(Get(kTrickyPath, untouched) || Get(kTrickyPath, download));
+  ExpectSame(upload, untouched);
 }
 
 class BlockListTest : public ::testing::Test {
@@ -166,10 +140,11 @@ class BlockListTest : public ::testing::Test {
     EXPECT_TRUE(relay->ParseUnuploadBlocks(list, maxNum, blocks));
     return blocks;
   }
+  // The count is added to the caller's number.
   uint32_t Count(const String& list) {
-    uint32_t num = 0;
+    uint32_t num = 100;
     EXPECT_TRUE(relay->GetUnuploadNum(list, num));
-    return num;
+    return num - 100;
   }
   String Delete(String list, int32_t blockId) {
     EXPECT_TRUE(relay->DeleteFormUnupload(list, blockId));
@@ -180,94 +155,67 @@ class BlockListTest : public ::testing::Test {
   nsCOMPtr<ncRelayMgr> relay{NC_NEW(ncRelayMgr)};
 };
 
-TEST_F(BlockListTest, ExpandsAndCountsOnlyClosedRanges) {
-  EXPECT_EQ((std::set<int32_t>{1, 2, 3, 4, 7}), Parse(u"[\"1-4\", \"7\"]", 10));
-  EXPECT_EQ((std::set<int32_t>{1, 2, 3}), Parse(u"[\"1-4\", \"7\"]", 3));
-  EXPECT_EQ((std::set<int32_t>{}), Parse(u"[\"1-4\"]", 0));
-  EXPECT_EQ(5u, Count(u"[\"1-4\",\"7\"]"));
-  // A range whose ends are equal or reversed, and an open range, hold no block yet.
-  for (const char16_t* none : {u"[\"5-5\"]", u"[\"3-\"]", u"[\"9-2\"]", u"[]"}) {
-    EXPECT_TRUE(Parse(none, 100).empty()) << base::ToUtf8(none);
-    EXPECT_EQ(0u, Count(none)) << base::ToUtf8(none);
+TEST_F(BlockListTest, ExpandsCountsAndDeletesOnlyWhatClosedRangesHoldAndPassesOnTheReadersErrors) {
+  // Equal or reversed ends and an open range hold no block yet; order and repeats do not
+  // matter to the set; a range at the top of the number space ends.
+  const struct { const char16_t* list; int32_t maxNum; std::set<int32_t> blocks; uint32_t count; } cases[] = {
+      {u"[\"1-4\", \"7\"]", 10, {1, 2, 3, 4, 7}, 5}, {u"[\"1-4\", \"7\"]", 3, {1, 2, 3}, 5}, {u"[\"1-4\"]", 0, {}, 4},
+      {u"[\"5-5\"]", 100, {}, 0}, {u"[\"3-\"]", 100, {}, 0}, {u"[\"9-2\"]", 100, {}, 0}, {u"[]", 100, {}, 0},
+      {u" [ \"8\", \"2-3\", \"3\" ] ", 10, {2, 3, 8}, 4},
+      {u"[\"2147483646-2147483647\"]", 10, {2147483646, 2147483647}, 2}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(base::ToUtf8(c.list));
+    EXPECT_EQ(c.blocks, Parse(c.list, c.maxNum));
+    EXPECT_EQ(c.count, Count(c.list));
   }
-  // Order and repeats do not matter to the readers; a range at the top of the number space ends.
-  EXPECT_EQ((std::set<int32_t>{2, 3, 8}), Parse(u" [ \"8\", \"2-3\", \"3\" ] ", 10));
-  EXPECT_EQ((std::set<int32_t>{2147483646, 2147483647}), Parse(u"[\"2147483646-2147483647\"]", 10));
-  // The count is added to the caller's number; an empty text is no list at all.
-  uint32_t num = 10;
-  EXPECT_TRUE(relay->GetUnuploadNum(u"[\"1-2\"]", num));
+  uint32_t num = 12;
+  EXPECT_FALSE(relay->GetUnuploadNum(u"", num));  // an empty text is no list at all
   EXPECT_EQ(12u, num);
-  EXPECT_FALSE(relay->GetUnuploadNum(u"", num));
-  EXPECT_EQ(12u, num);
-}
 
-TEST_F(BlockListTest, DeletingSplitsTheRangeThatHoldsTheBlock) {
-  EXPECT_EQ(u"[\"2-4\"]", Delete(u"[\"1-4\"]", 1));
-  EXPECT_EQ(u"[\"1\",\"3-4\"]", Delete(u"[\"1-4\"]", 2));
-  EXPECT_EQ(u"[\"1-2\",\"4\"]", Delete(u"[\"1-4\"]", 3));
-  EXPECT_EQ(u"[\"1-3\"]", Delete(u"[\"1-4\"]", 4));
-  // Only the first element that holds the block changes; a missing block changes nothing.
-  EXPECT_EQ(u"[\"1-4\",\"7\"]", Delete(u"[\"1-4\", \"7\"]", 6));
-  EXPECT_EQ(u"[\"3\"]", Delete(u"[\"3\",\"3\"]", 3));
-  EXPECT_EQ(u"[\"9\",\"1-3\"]", Delete(u"[\"9\",\"1-3\"]", 5));
+  // Deleting a block splits the first element that holds it.
+  const struct { const char16_t* before; int32_t block; const char16_t* after; } deletions[] = {
+      {u"[\"1-4\"]", 1, u"[\"2-4\"]"},           {u"[\"1-4\"]", 2, u"[\"1\",\"3-4\"]"},
+      {u"[\"1-4\"]", 3, u"[\"1-2\",\"4\"]"},     {u"[\"1-4\"]", 4, u"[\"1-3\"]"},
+      {u"[\"1-4\", \"7\"]", 6, u"[\"1-4\",\"7\"]"}, {u"[\"3\",\"3\"]", 3, u"[\"3\"]"},
+      {u"[\"9\",\"1-3\"]", 5, u"[\"9\",\"1-3\"]"}};
+  for (const auto& d : deletions) EXPECT_EQ(String(d.after), Delete(d.before, d.block)) << base::ToUtf8(d.before);
   String empty;
   EXPECT_FALSE(relay->DeleteFormUnupload(empty, 1));
   EXPECT_EQ(u"", empty);
+
+  // Text that is not a list of strings reaches the caller as the reader's exception.
+  std::set<int32_t> blocks;
+  EXPECT_THROW_CODE_MESSAGE(
+      relay->ParseUnuploadBlocks(u"[1, 2]", 10, blocks), JSON::TypeError,
+      u"Assert false : Type error: except(String), actual(Integer) [JSON::ValueT<char>::as_string ()]");
 }
 
 TEST_F(BlockListTest, ClosingTheOpenRangeAndResumingInAnyOrderEndWithAnEmptyList) {
-  struct Case {
-    const char16_t* before;
-    int32_t maxId;
-    bool result;
-    const char16_t* after;
-  } const cases[] = {
-      {u"", 1, true, u"[\"1\"]"},
-      {u"", 0, false, u""},
-      {u"[\"3-\"]", 9, true, u"[\"3-9\"]"},
-      {u"[\"3-\"]", 3, true, u"[\"3\"]"},
-      {u"[\"3-\"]", 2, false, u"[\"3-\"]"},
-      {u"[\"1-3\",\"5-9\"]", 9, false, u"[\"1-3\",\"5-9\"]"},  // not exactly one element
-      {u"[]", 9, false, u"[]"},
-      {u"[\"3-5\"]", 9, false, u"[\"3-5\"]"},  // already closed
-      {u"[\"\"]", 9, false, u"[\"\"]"},
-  };
-  for (const Case& c : cases) {
+  // A failure (no "after") leaves the list as it was: not exactly one element, a closed range,
+  // an element that is no range, a start beyond the last block.
+  const struct { const char16_t* before; int32_t maxId; const char16_t* after; } cases[] = {
+      {u"", 1, u"[\"1\"]"}, {u"[\"3-\"]", 9, u"[\"3-9\"]"}, {u"[\"3-\"]", 3, u"[\"3\"]"}, {u"", 0, nullptr},
+      {u"[\"3-\"]", 2, nullptr}, {u"[\"1-3\",\"5-9\"]", 9, nullptr}, {u"[]", 9, nullptr}, {u"[\"3-5\"]", 9, nullptr},
+      {u"[\"\"]", 9, nullptr}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(base::ToUtf8(c.before) + " " + std::to_string(c.maxId));
     String list = c.before;
-    EXPECT_EQ(c.result, relay->UpdateUnuploadWithMaxId(c.maxId, list)) << base::ToUtf8(c.before) << " " << c.maxId;
-    EXPECT_EQ(String(c.after), list) << base::ToUtf8(c.before) << " " << c.maxId;
+    EXPECT_EQ(c.after != nullptr, relay->UpdateUnuploadWithMaxId(c.maxId, list));
+    EXPECT_EQ(String(c.after ? c.after : c.before), list);
   }
 
   // An upload resumed block by block in any order: after every block the list names exactly
   // the blocks still owed.
-  std::mt19937 random(7);
-  for (int round = 0; round < 20; ++round) {
-    const int32_t last = 1 + static_cast<int32_t>(random() % 40);
-    String list;
-    ASSERT_TRUE(relay->UpdateUnuploadWithMaxId(last, list));
-    std::vector<int32_t> order;
-    for (int32_t block = 1; block <= last; ++block) order.push_back(block);
-    std::shuffle(order.begin(), order.end(), random);
-    std::set<int32_t> owed(order.begin(), order.end());
-    for (int32_t block : order) {
-      list = Delete(list, block);
-      owed.erase(block);
-      ASSERT_EQ(owed, Parse(list, INT32_MAX)) << base::ToUtf8(list);
-      ASSERT_EQ(owed.size(), Count(list)) << base::ToUtf8(list);
-    }
-    EXPECT_EQ(u"[]", list);
+  String list;
+  ASSERT_TRUE(relay->UpdateUnuploadWithMaxId(9, list));
+  std::set<int32_t> owed = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+  for (int32_t block : {5, 1, 9, 3, 2, 8, 4, 7, 6}) {
+    list = Delete(list, block);
+    owed.erase(block);
+    ASSERT_EQ(owed, Parse(list, INT32_MAX)) << base::ToUtf8(list);
+    ASSERT_EQ(owed.size(), Count(list)) << base::ToUtf8(list);
   }
-}
-
-// Text that is not a list of strings reaches the caller as the reader's exception.
-TEST_F(BlockListTest, MalformedListsRaiseTheReadersErrors) {
-  std::set<int32_t> blocks;
-  String list = u"[1, 2]";
-  EXPECT_THROW_CODE_MESSAGE(
-      relay->ParseUnuploadBlocks(list, 10, blocks), JSON::TypeError,
-      u"Assert false : Type error: except(String), actual(Integer) [JSON::ValueT<char>::as_string ()]");
-  String truncated = u"[\"1-4\",\"7";
-  EXPECT_THROW_CODE(relay->DeleteFormUnupload(truncated, 7), JSON::ParseError);
+  EXPECT_EQ(u"[]", list);
 }
 
 }  // namespace
