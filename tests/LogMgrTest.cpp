@@ -1,6 +1,5 @@
 // The sync log in a real log.db: paging, hiding, the counters kept by the triggers, and the
-// repair of a log.db that holds the old delete trigger. The trim at the per-type cap is
-// checked by the journal benchmark (bench/JournalBench.cpp), which throws when it does not trim.
+// trim at the per-type cap, and the repair of a log.db that holds the old delete trigger.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
@@ -132,6 +131,21 @@ const char kOldDeleteTrigger[] =
     "'trigger', 'trg_deletelog', 'tb_synclog', 0, 'create trigger if not exists trg_deletelog after delete on "
     "tb_synclog begin update tb_logstat set logCount = logCount - 1 where logType = new.logType; end');"
     "PRAGMA writable_schema=OFF";
+
+// The type that reaches 50,000 entries loses its oldest half; the other types keep theirs,
+// and every counter still counts the rows of its type.
+TEST_F(LogMgrTest, TheCapTrimsOnlyTheTypeThatReachesIt) {
+  log->Close();
+  ASSERT_EQ("", RawExec(path, Fill(1, 49999) + Fill(2, 10)));
+  log->Init(path);
+  Record(1, 1, 2);
+  const Rows counted = Query("select logType, count(*) from tb_synclog group by logType order by logType");
+  ASSERT_EQ(2u, counted.size());
+  EXPECT_LT(std::stoi(counted[0][1]), 50000);
+  EXPECT_EQ("10", counted[1][1]);
+  EXPECT_EQ((Rows{{"0", "0"}, counted[0], counted[1], {"3", "0"}}), Query(kCounters));
+  EXPECT_EQ((Rows{{"2"}}), Query("select max(time) from tb_synclog where logType = 1 and relPath like 'f%'"));
+}
 
 TEST(LogRepairTest, InitReplacesTheOldDeleteTriggerAndRecounts) {
   test::TempDir dir;
