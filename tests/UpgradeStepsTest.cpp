@@ -68,11 +68,12 @@ nsCOMPtr<ncDBMgr> OpenStore(const std::string& path) {
   return db;
 }
 
+test::Rows Read(const std::string& path, const std::string& sql) { return test::Query(OpenStore(path).get(), sql); }
+
 template <typename Store, typename... Options>
 void CreateStore(const String& path, Options... options) {
   nsCOMPtr<Store> store(NC_NEW(Store));
   store->Init(path, options...);
-  store->Close();
 }
 
 // The stores of a root as the current release creates them.
@@ -104,18 +105,6 @@ void StampVersions(const test::TempDir& dir, int version) {
   for (const char* root : {"main", "logs"}) test::StampVersion(dir.child(root), version, 1);
 }
 
-// The columns an old table kept, as (name, definition).
-std::vector<std::pair<std::string, std::string>> KeptColumns(const test::Rows& columns, const std::string& lacking) {
-  std::vector<std::pair<std::string, std::string>> kept;
-  bool rest = false;
-  for (const auto& column : columns) {
-    rest = rest || lacking.find(column[1] + "+") != std::string::npos;
-    if (rest || (" " + lacking + " ").find(" " + column[1] + " ") != std::string::npos) continue;
-    kept.emplace_back(column[1], column[1] + " " + column[2] + (column[5] == "1" ? " PRIMARY KEY" : ""));
-  }
-  return kept;
-}
-
 // A root (data directories of main and logs) as the given release left it, with three
 // rows in every table; returns the columns each table kept.
 std::map<std::string, std::string> MakeOldRoot(const test::TempDir& dir, int version) {
@@ -132,26 +121,23 @@ std::map<std::string, std::string> MakeOldRoot(const test::TempDir& dir, int ver
       const std::string gone = lacking.count(name) ? lacking.at(name) : "";
       if (gone == "*") continue;
       const bool ownDefinition = !gone.empty() && gone[0] == '=';
-      const auto columns =
-          KeptColumns(test::Query(model.get(), "PRAGMA table_info(" + name + ")"), ownDefinition ? "" : gone);
-      std::string definitions = ownDefinition ? gone.substr(1) : "", names;
-      for (const auto& column : columns) {
-        if (!ownDefinition) definitions += (definitions.empty() ? "" : ", ") + column.second;
-        names += (names.empty() ? "" : ", ") + column.first;
+      std::string definitions = ownDefinition ? gone.substr(1) : "", names, values[3];
+      bool rest = false;  // "x+": x and every column after it
+      for (const auto& column : test::Query(model.get(), "PRAGMA table_info(" + name + ")")) {
+        rest = rest || (!ownDefinition && gone.find(column[1] + "+") != std::string::npos);
+        if (rest || (!ownDefinition && (" " + gone + " ").find(" " + column[1] + " ") != std::string::npos)) continue;
+        const std::string comma = names.empty() ? "" : ", ";
+        if (!ownDefinition) definitions += comma + column[1] + " " + column[2] + (column[5] == "1" ? " PRIMARY KEY" : "");
+        names += comma + column[1];
+        for (int row = 0; row < 3; ++row) values[row] += comma + Value(name, column[1], row);
       }
       exec("create table " + name + " (" + definitions + ")");
-      for (int row = 0; row < 3; ++row) {
-        std::string values;
-        for (const auto& column : columns) values += (values.empty() ? "" : ", ") + Value(name, column.first, row);
-        exec("insert into " + name + " (" + names + ") values (" + values + ")");
-      }
+      for (const std::string& row : values) exec("insert into " + name + " (" + names + ") values (" + row + ")");
       if (name != "tb_logstat") kept[name] = names;  // the counters are recounted by design
     }
-    model->Close();
     if (version >= 7 && std::string(file) == "log.db")
       exec("create trigger trg_deletelog after delete on tb_synclog begin update tb_logstat set logCount = "
            "logCount - 1 where logType = new.logType; end");
-    old->Close();
   }
   return kept;
 }
@@ -169,20 +155,16 @@ std::vector<std::string> Schema(const std::string& path) {
         for (const std::string& field : column) entry += " " + field;
     schema.push_back(entry);
   }
-  db->Close();
   return schema;
 }
 
 // The kept columns of every old table, row by row in key order.
 std::map<std::string, test::Rows> OldValues(const test::TempDir& dir, const std::map<std::string, std::string>& kept) {
   std::map<std::string, test::Rows> values;
-  for (const char* file : kStores) {
-    nsCOMPtr<ncDBMgr> db = OpenStore(StoreFile(dir, file));
-    for (const auto& table : test::Query(db.get(), "select name from sqlite_master where type = 'table'"))
+  for (const char* file : kStores)
+    for (const auto& table : Read(StoreFile(dir, file), "select name from sqlite_master where type = 'table'"))
       if (kept.count(table[0]))
-        values[table[0]] = test::Query(db.get(), "select " + kept.at(table[0]) + " from " + table[0] + " order by 1");
-    db->Close();
-  }
+        values[table[0]] = Read(StoreFile(dir, file), "select " + kept.at(table[0]) + " from " + table[0] + " order by 1");
   return values;
 }
 
@@ -225,26 +207,22 @@ TEST(UpgradeStepsTest, OldRootsReachTheFreshSchemaWithEveryRowAndARerunChangesNo
     expectFreshSchema();
 
     // Values a fresh row would have: derived as the cache derives them, or the defaults.
-    nsCOMPtr<ncDBMgr> cache = OpenStore(StoreFile(dir, "cache.db"));
-    const test::Rows derived = test::Query(
-        cache.get(), "select name, acronym, parentId, typeName, errcode, watermark from tb_cacheInfo order by id");
-    cache->Close();
+    const test::Rows derived = Read(StoreFile(dir, "cache.db"),
+        "select name, acronym, parentId, typeName, errcode, watermark from tb_cacheInfo order by id");
     ASSERT_EQ(3u, derived.size());
-    for (const auto& row : derived) {
-      if (version >= 12) break;
-      EXPECT_EQ(base::ToUtf8(ncDocUtils::GetAcronym(base::FromUtf8(row[0]))), row[1]);
-      EXPECT_EQ("DIR", row[2]);
+    for (size_t row = 0; version < 12 && row < derived.size(); ++row) {
+      const std::vector<std::string>& cells = derived[row];
+      EXPECT_EQ(base::ToUtf8(ncDocUtils::GetAcronym(base::FromUtf8(cells[0]))) + "|DIR", cells[1] + "|" + cells[2]);
     }
     if (version < 7) {
       EXPECT_EQ((std::vector<std::string>{"report.doc", "report.doc", "DIR", "Document", "0", "0"}), derived[0]);
     }
 
-    nsCOMPtr<ncDBMgr> log = OpenStore(StoreFile(dir, "log.db"));
+    const std::string log = StoreFile(dir, "log.db");
     EXPECT_EQ((test::Rows{{"0", "2"}, {"1", "1"}, {"2", "0"}, {"3", "0"}}),
-              test::Query(log.get(), "select logType, logCount from tb_logstat order by logType"));
-    log->ExecuteSql(u"delete from tb_synclog where logType = 0");  // the repaired trigger counts it
-    EXPECT_EQ((test::Rows{{"0"}}), test::Query(log.get(), "select logCount from tb_logstat where logType = 0"));
-    log->Close();
+              Read(log, "select logType, logCount from tb_logstat order by logType"));
+    OpenStore(log)->ExecuteSql(u"delete from tb_synclog where logType = 0");  // the repaired trigger counts it
+    EXPECT_EQ((test::Rows{{"0"}}), Read(log, "select logCount from tb_logstat where logType = 0"));
 
     // Every step again, as a run interrupted before recording would: nothing moves.
     const std::map<std::string, test::Rows> after = OldValues(dir, kept);
@@ -275,7 +253,6 @@ class LayoutRoot {
       info.id += u"/F";
       cache->Update(info.id.substr(11, 1) + u"\\f.txt", info);
     }
-    cache->Close();
   }
 
   ncUpgradeSummary ConvertTo(int layout) {
@@ -304,7 +281,6 @@ class LayoutRoot {
       EXPECT_TRUE(cache->GetInfoByPath(base::FromUtf8(relPath), info));
       EXPECT_EQ(base::FromUtf8("gns://ROOT/" + place.first + "/F"), info.id);
     }
-    cache->Close();
   }
 
   const test::TempDir dir_;
@@ -337,18 +313,18 @@ TEST(UpgradeStepsTest, AnInterruptedViewStepCompletesAndAClashGetsANumberedName)
 TEST(UpgradeStepsTest, CliReportsTheVersionsItChangedAndRefusesWhatItCannotDo) {
   if (!test::kPosixBackend) GTEST_SKIP() << test::kNoPosixShellReason;
   test::TempDir dir;
-  const test::CliRun bare = test::Cli("upgrade " + dir.path());
-  EXPECT_EQ(1, bare.status);
-  EXPECT_NE(std::string::npos, bare.output.find("no local state")) << bare.output;
+  const auto expectRefused = [](const std::string& arguments, int status, const std::string& text) {
+    const test::CliRun run = test::Cli(arguments);
+    EXPECT_EQ(status, run.status) << arguments;
+    EXPECT_NE(std::string::npos, run.output.find(text)) << run.output;
+  };
+  expectRefused("upgrade " + dir.path(), 1, "no local state");
   EXPECT_FALSE(test::Exists(dir.path() + "/.kestrove.cache"));
 
   MakeOldRoot(dir, 4);
   const std::string root = dir.path() + "/main";
-  EXPECT_EQ(2, test::Cli("upgrade " + root + " --view 3").status);
-  // Below version 7 the type names come from the command line.
-  const test::CliRun unnamed = test::Cli("upgrade " + root);
-  EXPECT_EQ(1, unnamed.status);
-  EXPECT_NE(std::string::npos, unnamed.output.find("--type-name N=NAME")) << unnamed.output;
+  expectRefused("upgrade " + root + " --view 3", 2, "--view takes 1 or 2");
+  expectRefused("upgrade " + root, 1, "--type-name N=NAME");  // below version 7 the type names are given
   const test::CliRun run =
       test::Cli("--json upgrade " + root + " --view 2 --type-name 1=Document --type-name 2=Folder");
   ASSERT_EQ(0, run.status) << run.output;
@@ -358,9 +334,7 @@ TEST(UpgradeStepsTest, CliReportsTheVersionsItChangedAndRefusesWhatItCannotDo) {
   EXPECT_EQ(2, report.at("view")[1].as_integer());
 
   test::StampVersion(dir.child("main"), 25, 0);
-  const test::CliRun tooNew = test::Cli("upgrade " + root);
-  EXPECT_EQ(1, tooNew.status);
-  EXPECT_NE(std::string::npos, tooNew.output.find("schema version 25; only versions 4 to 24")) << tooNew.output;
+  expectRefused("upgrade " + root, 1, "schema version 25; only versions 4 to 24");
 }
 
 }  // namespace
