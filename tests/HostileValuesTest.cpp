@@ -3,6 +3,7 @@
 // for a path the path rules refuse); no other row, table, index or trigger changes.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <set>
 #include <string>
@@ -53,6 +54,10 @@ ncMsgInfo Message(const String& id, const String& text) {
   m.relPath = m.sender = m.recipient = m.auditorName = m.auditMsg = m.requester = m.previousAuditor = text;
   m.processName = m.nextAuditor = m.creator = m.modifier = m.content = m.virusadmin = m.remindcontent = text;
   return m;
+}
+
+bool AllAre(const String& value, std::initializer_list<String> fields) {
+  return std::all_of(fields.begin(), fields.end(), [&value](const String& field) { return field == value; });
 }
 
 // One method under test: the call, and for a write whether it reads the value back exactly.
@@ -140,6 +145,8 @@ std::vector<Case> HostileValuesTest::Cases() {
     return r;
   };
   return {
+      {"cache Rename", [=](const String& v) { cache->Rename(u"target\\child", u"target\\" + v); },
+       [=](const String& v) { return !cacheInfo(u"target\\" + v).id.empty(); }},
       {"cache Update",
        [=](const String& v) {
          ncCacheInfo info;
@@ -148,7 +155,7 @@ std::vector<Case> HostileValuesTest::Cases() {
        },
        [=](const String& v) {
          const ncCacheInfo info = cacheInfo(u"target\\" + v);
-         return info.id == v && info.otag == v && info.typeName == v && info.viewName == v;
+         return AllAre(v, {info.id, info.otag, info.typeName, info.viewName});
        }},
       {"cache Update of a server id", [=](const String& v) {
          ncCacheInfo info;
@@ -156,8 +163,6 @@ std::vector<Case> HostileValuesTest::Cases() {
          cache->Update(u"target", info);
        },
        [=](const String& v) { return cacheInfo(u"target").id.substr(8) == v; }},
-      {"cache Rename", [=](const String& v) { cache->Rename(u"target\\child", u"target\\" + v); },
-       [=](const String& v) { return !cacheInfo(u"target\\" + v).id.empty(); }},
       {"cache UpdateOtagNoView", [=](const String& v) { cache->UpdateOtagNoView(u"target", v); },
        [=](const String& v) { return cacheInfo(u"target").otag == v; }},
       {"cache UpdateOtag and UpdateTypeName",
@@ -165,23 +170,9 @@ std::vector<Case> HostileValuesTest::Cases() {
          cache->UpdateOtag(u"target", v);
          cache->UpdateTypeName(u"target", v);
        },
-       [=](const String& v) { return cacheInfo(u"target").otag == v && cacheInfo(u"target").typeName == v; }},
-      {"cache updates and deletes by path",
-       [this](const String& v) {
-         ncCacheMgr* cache = cache_.get();
-         cache->UpdateOtag(v, String());
-         cache->UpdateAttr(v, 1);
-         cache->UpdateState(v, 1);
-         cache->UpdateExectask(v, 1);
-         cache->UpdateWatermark(v, true);
-         cache->Unlock(v);
-         views_->Delete(v, false);
-         cache->Delete(v, true);
-         cache->Delete(v, false);
-       },
-       nullptr},
-      {"cache lookups, listings and search",
-       [=](const String& v) {
+       [=](const String& v) { return AllAre(v, {cacheInfo(u"target").otag, cacheInfo(u"target").typeName}); }},
+      {"cache lookups, listings, search, updates, deletes and table tests",
+       [this, cache](const String& v) {
          ncCacheInfo info;
          ncCacheDocInfo docInfo;
          ncCacheUnsyncInfo unsync;
@@ -207,13 +198,25 @@ std::vector<Case> HostileValuesTest::Cases() {
          cache->Unsync_GetUnexecInfoVec(v, unexec, 0);
          std::vector<ncCacheSearchInfo> hits;
          cache->Search(v, v, v, hits, 10);
+         cache->UpdateOtag(v, String());
+         cache->UpdateAttr(v, 1);
+         cache->UpdateState(v, 1);
+         cache->UpdateExectask(v, 1);
+         cache->UpdateWatermark(v, true);
+         cache->Unlock(v);
+         views_->Delete(v, false);
+         cache->Delete(v, true);
+         cache->Delete(v, false);
+         EXPECT_FALSE(cache->GetDBMgr()->IsTableExists(v));
+         cache->GetDBMgr()->IsColumnExists(v, v);
+         cache->GetDBMgr()->IsColumnExists(u"tb_cacheInfo", v);
        },
        nullptr},
       {"relay UpdateUploadNonius", [this](const String& v) { relay_->UpdateUploadNonius(Upload(v, v)); },
        [=](const String& v) {
          const ncUploadNonius r = upload(v);
-         return r.srcPath == v && r.destPath == v && r.docId == v && r.md5 == v && r.crc32 == v && r.sliceMd5 == v &&
-                r.uploadId == v && r.otag == v && r.unUploadBlocks == v && r.csf == v;
+         return AllAre(v, {r.srcPath, r.destPath, r.docId, r.md5, r.crc32, r.sliceMd5, r.uploadId, r.otag,
+                           r.unUploadBlocks, r.csf});
        }},
       {"relay UpdateUploadNoniusUnuploadBlocks",
        [this](const String& v) { relay_->UpdateUploadNoniusUnuploadBlocks(u"/target", v, 1); },
@@ -223,7 +226,7 @@ std::vector<Case> HostileValuesTest::Cases() {
        [this](const String& v) {
          ncDownloadNonius r;
          relay_->GetDownloadNoniusByPath(u"/target", r);
-         return r.destPath == v && r.docId == v && r.otag == v && r.typeName == v && r.viewName == v;
+         return AllAre(v, {r.destPath, r.docId, r.otag, r.typeName, r.viewName});
        }},
       {"relay path updates and lookups",
        [this](const String& v) {
@@ -251,31 +254,21 @@ std::vector<Case> HostileValuesTest::Cases() {
          std::vector<ncSyncLogInfo> out;
          uint32_t total = 0;
          log_->GetSyncLogById(2, out, 0, total);
-         const ncSyncLogInfo& e = out.at(0);
-         return e.relPath == v && e.newName == v && e.remark == v;
+         return AllAre(v, {out.at(0).relPath, out.at(0).newName, out.at(0).remark});
        }},
-      {"msg RecordMsg", [this](const String& v) { msg_->RecordMsg({Message(v, v)}); },
+      {"msg RecordMsg and updates by id",
+       [this](const String& v) {
+         std::vector<ncMsgInfo> fresh;
+         msg_->RecordMsg({Message(v, v)});
+         msg_->UpdateUnreadMsg({v});
+         msg_->UpdateAndFilterMsg({Message(v, v)}, fresh);
+       },
        [this](const String& v) {
          std::vector<ncMsgInfo> newest;
          msg_->GetMsg(1, newest);
          const ncMsgInfo& m = newest.at(0);
-         return m.msgId == v && m.relPath == v && m.sender == v && m.content == v && m.remindcontent == v;
+         return AllAre(v, {m.msgId, m.relPath, m.sender, m.content, m.remindcontent});
        }},
-      {"msg updates by id",
-       [this](const String& v) {
-         std::vector<ncMsgInfo> fresh;
-         msg_->UpdateUnreadMsg({v});
-         msg_->UpdateAndFilterMsg({Message(v, v)}, fresh);
-       },
-       nullptr},
-      {"table and column tests",
-       [this](const String& v) {
-         ncDBMgr* db = cache_->GetDBMgr();
-         EXPECT_FALSE(db->IsTableExists(v));
-         db->IsColumnExists(v, v);
-         db->IsColumnExists(u"tb_cacheInfo", v);
-       },
-       nullptr},
   };
 }
 
