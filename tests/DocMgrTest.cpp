@@ -6,12 +6,6 @@
 #include "base/ncModulePool.h"
 #include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgr.h"
-#include "docmgr/ncIADSMgr.h"
-#include "docmgr/ncICacheMgr.h"
-#include "docmgr/ncIFileMgr.h"
-#include "docmgr/ncILogMgr.h"
-#include "docmgr/ncIPathMgr.h"
-#include "docmgr/ncIRelayMgr.h"
 #include "platform/ncPlatform.h"
 #include "docmgr/nsHostLoader.h"
 
@@ -172,15 +166,7 @@ TEST_F(DocMgrTest, UnsyncReportListsWaitingItemsThenSetAsideFilesRootByRootAndCo
   waiting.size = 12;
   waiting.errcode = 7;
   waiting.id = u"local-1";
-  nsCOMPtr<ncICacheMgr> mainCache = Adopt(docMgr->GetCacheMgr(u""));
-  mainCache->Update(u"a\\new.txt", waiting);
-  ncCacheInfo busy = waiting;  // a task works on it: not reported
-  busy.id = u"local-2";
-  busy.execTask = 1;
-  mainCache->Update(u"a\\busy.txt", busy);
-  ncCacheInfo synced;  // on the server: not reported
-  synced.id = u"gns://A/B";
-  mainCache->Update(u"a\\done.txt", synced);
+  Adopt(docMgr->GetCacheMgr(u""))->Update(u"a\\new.txt", waiting);
   waiting.id = u"local-3";
   waiting.isDir = 1;
   Adopt(docMgr->GetCacheMgr(local))->Update(u"local\\folder", waiting);

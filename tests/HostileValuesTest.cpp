@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <functional>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "TestSupport.h"
 #include "docmgr/ncCacheMgr.h"
@@ -15,7 +13,6 @@
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncMsgMgr.h"
 #include "docmgr/ncRelayMgr.h"
-#include "docmgr/nsCOMPtr.h"
 
 using base::String;
 

@@ -18,7 +18,6 @@
 #include "docmgr/ncMsgMgr.h"
 #include "docmgr/ncRelayMgr.h"
 #include "docmgr/ncUpgradeMgr.h"
-#include "docmgr/ncVerUpgrader.h"
 #include "platform/ncPlatform.h"
 
 using base::String;
@@ -33,24 +32,18 @@ const char* const kStores[] = {"cache.db", "nonius.db", "log.db", "msg.db"};
 std::map<std::string, std::string> Lacking(int version) {
   switch (version) {
     case 4:
-      return {{"tb_cacheInfo", "acronym typeName viewType viewName parentId+"},
-              {"tb_upload_nonius", "crc32 sliceMd5 lastModified partSize ratios+"},
-              {"tb_download_nonius", "*"},
+      return {{"tb_cacheInfo", "acronym typeName viewType viewName parentId+"}, {"tb_download_nonius", "*"},
+              {"tb_upload_nonius", "crc32 sliceMd5 lastModified partSize ratios+"}, {"tb_logstat", "*"},
               {"tb_synclog", "newName remark+"},
-              {"tb_logstat", "*"},
               {"tb_msg", "recipient accessorType csfLevel allowPermValue refusePermValue perm+"}};
     case 7:
-      return {{"tb_cacheInfo", "acronym parentId errcode+"},
-              {"tb_upload_nonius", "sliceMd5 partSize duration+"},
-              {"tb_download_nonius", "viewType viewName mtime attr range+"},
-              {"tb_synclog", "visible"},
+      return {{"tb_cacheInfo", "acronym parentId errcode+"}, {"tb_upload_nonius", "sliceMd5 partSize duration+"},
+              {"tb_download_nonius", "viewType viewName mtime attr range+"}, {"tb_synclog", "visible"},
               {"tb_logstat", "=logCount int, logType int PRIMARY KEY"},
               {"tb_msg", "accessorType csfLevel operationType+"}};
     case 12:
-      return {{"tb_cacheInfo", "parentId execTask watermark"},
-              {"tb_upload_nonius", "duration csf"},
-              {"tb_download_nonius", "range"},
-              {"tb_msg", "remindcontent isInherit"}};
+      return {{"tb_cacheInfo", "parentId execTask watermark"}, {"tb_upload_nonius", "duration csf"},
+              {"tb_download_nonius", "range"}, {"tb_msg", "remindcontent isInherit"}};
     default:  // the tables of today, without their indexes, with the old delete trigger
       return {{"tb_upload_nonius", "csf"}, {"tb_msg", "isInherit"}};
   }
@@ -70,21 +63,15 @@ nsCOMPtr<ncDBMgr> OpenStore(const std::string& path) {
 
 test::Rows Read(const std::string& path, const std::string& sql) { return test::Query(OpenStore(path).get(), sql); }
 
-template <typename Store, typename... Options>
-void CreateStore(const String& path, Options... options) {
-  nsCOMPtr<Store> store(NC_NEW(Store));
-  store->Init(path, options...);
-}
-
-// The stores of a root as the current release creates them.
+// The stores of a root as the current release creates them (each closes when released).
 std::string FreshDataDir(const test::TempDir& dir) {
   const std::string data = dir.path() + "/fresh";
   test::MakeDir(data);
   const String path = base::FromUtf8(data);
-  CreateStore<ncCacheMgr>(path + u"/cache.db", false);
-  CreateStore<ncRelayMgr>(path + u"/nonius.db");
-  CreateStore<ncLogMgr>(path + u"/log.db");
-  CreateStore<ncMsgMgr>(path + u"/msg.db");
+  nsCOMPtr<ncCacheMgr>(NC_NEW(ncCacheMgr))->Init(path + u"/cache.db", false);
+  nsCOMPtr<ncRelayMgr>(NC_NEW(ncRelayMgr))->Init(path + u"/nonius.db");
+  nsCOMPtr<ncLogMgr>(NC_NEW(ncLogMgr))->Init(path + u"/log.db");
+  nsCOMPtr<ncMsgMgr>(NC_NEW(ncMsgMgr))->Init(path + u"/msg.db");
   return data;
 }
 
@@ -143,19 +130,12 @@ std::map<std::string, std::string> MakeOldRoot(const test::TempDir& dir, int ver
 }
 
 // Every table with its columns, every index with its columns and every trigger of a file.
-std::vector<std::string> Schema(const std::string& path) {
-  nsCOMPtr<ncDBMgr> db = OpenStore(path);
-  std::vector<std::string> schema;
-  for (const auto& object :
-       test::Query(db.get(), "select type, name, coalesce(sql, '') from sqlite_master order by 1, 2")) {
-    std::string entry = object[0] + " " + object[1] + ":" + (object[0] == "trigger" ? object[2] : "");
-    const std::string pragma = object[0] == "table" ? "table_info" : "index_info";
-    if (object[0] != "trigger")
-      for (const auto& column : test::Query(db.get(), "PRAGMA " + pragma + "(" + object[1] + ")"))
-        for (const std::string& field : column) entry += " " + field;
-    schema.push_back(entry);
-  }
-  return schema;
+test::Rows Schema(const std::string& path) {
+  return Read(path,
+              "select type, name, case type when 'trigger' then sql end, (select group_concat(cid || ' ' || name || ' ' || "
+              "type || ' ' || \"notnull\" || ' ' || quote(dflt_value) || ' ' || pk, '|') from pragma_table_info(m.name)), "
+              "(select group_concat(seqno || ' ' || cid || ' ' || name, '|') from pragma_index_info(m.name)) "
+              "from sqlite_master m order by 1, 2");
 }
 
 // The kept columns of every old table, row by row in key order.
@@ -325,8 +305,7 @@ TEST(UpgradeStepsTest, CliReportsTheVersionsItChangedAndRefusesWhatItCannotDo) {
   const std::string root = dir.path() + "/main";
   expectRefused("upgrade " + root + " --view 3", 2, "--view takes 1 or 2");
   expectRefused("upgrade " + root, 1, "--type-name N=NAME");  // below version 7 the type names are given
-  const test::CliRun run =
-      test::Cli("--json upgrade " + root + " --view 2 --type-name 1=Document --type-name 2=Folder");
+  const test::CliRun run = test::Cli("--json upgrade " + root + " --view 2 --type-name 1=Document --type-name 2=Folder");
   ASSERT_EQ(0, run.status) << run.output;
   const JSON::Value::object_type report = JSON::Value::parse(run.output).as_object();
   EXPECT_EQ(6, report.at("schema")[0].as_integer());  // 4 and 5 ran before
