@@ -38,7 +38,6 @@ class CacheMgrTest : public ::testing::Test {
     cache_->Init(dir_.child("cache.db"), viewMode);
   }
   void SetUp() override { Open(false); }
-  void TearDown() override { cache_->Close(); }
 
   Rows Query(const std::string& sql) { return test::Query(cache_->GetDBMgr(), sql); }
   // Every row as "parentPath|name", in path order.

@@ -129,8 +129,8 @@ TEST_F(DBMgrTest, ProtectedSchemaChangesOnlyInsideAScope) {
 }
 
 // Stores select subtrees and search names with LIKE; the connection's own like() answers as
-// SQLite's does, only without its cap on the pattern's length.
-TEST_F(DBMgrTest, LikeAnswersAsSqlitesOwnAndTakesLongPatterns) {
+// SQLite's does, only without its cap on the pattern's length (the cache's long-path test).
+TEST_F(DBMgrTest, LikeAnswersAsSqlitesOwn) {
   sqlite3* plain = nullptr;
   ASSERT_EQ(SQLITE_OK, sqlite3_open(":memory:", &plain));
   // Every text against every pattern, as one result of "text like pattern=answer" rows.
@@ -147,9 +147,6 @@ TEST_F(DBMgrTest, LikeAnswersAsSqlitesOwnAndTakesLongPatterns) {
   std::string actual;
   for (const auto& row : test::Query(db.get(), sql)) actual += row[0] + "\n";
   EXPECT_EQ(expected, actual);
-  const std::string folder(60000, 'x');
-  EXPECT_EQ("1", Single("select '" + folder + "\\f' like '" + folder + "\\%'"));
-  EXPECT_EQ("0", Single("select '" + folder + "' like '" + folder + "\\%'"));
 }
 
 }  // namespace

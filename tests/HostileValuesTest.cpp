@@ -73,10 +73,6 @@ class HostileValuesTest : public ::testing::Test {
     log_->Init(dir_.child("log.db"));
     msg_->Init(dir_.child("msg.db"));
   }
-  void TearDown() override {
-    for (ncDBMgr* db : Databases()) db->Close();
-  }
-
   void Seed() {
     for (const char16_t* path : {u"a", u"a\\b", u"a\\b\\f.txt", u"target", u"target\\child"}) {
       ncCacheInfo info;
@@ -90,9 +86,7 @@ class HostileValuesTest : public ::testing::Test {
       relay_->UpdateUploadNonius(Upload(path, u"seed"));
       relay_->UpdateDownloadNonius(Download(path, u"seed"));
     }
-    ncSyncLogInfo entry;
-    entry.relPath = u"seed";
-    log_->RecordSyncLog(1, entry);
+    log_->RecordSyncLog(1, ncSyncLogInfo());
     msg_->RecordMsg({Message(u"seed", u"seed"), Message(u"target", u"seed")});
   }
 
@@ -122,7 +116,7 @@ class HostileValuesTest : public ::testing::Test {
 
   std::vector<Case> Cases();
 
-  test::TempDir dir_;
+  test::TempDir dir_;  // the stores close as they go, before it
   nsCOMPtr<ncCacheMgr> cache_{NC_NEW(ncCacheMgr)}, views_{NC_NEW(ncCacheMgr)};
   nsCOMPtr<ncRelayMgr> relay_{NC_NEW(ncRelayMgr)};
   nsCOMPtr<ncLogMgr> log_{NC_NEW(ncLogMgr)};
@@ -172,11 +166,6 @@ std::vector<Case> HostileValuesTest::Cases() {
          cache->GetCacheSubInfos(v, subtree);
          cache->Unsync_GetUnexecInfoVec(v, unexec, 0);
          EXPECT_TRUE(scan.empty() && subtree.empty() && unexec.empty() && cache->Unsync_CountUnexec(v) == 0);
-         String view, viewPath;
-         cache->GetViewRelPathByRelPath(v, view, viewPath);
-         std::map<String, ncCacheDocInfo> detect;
-         std::map<String, String> tops;
-         cache->GetDetectSubInfos(v, u"gns://" + v, detect, tops);
          std::vector<ncCacheSearchInfo> hits;
          cache->Search(v, v, v, hits, 10);
          cache->UpdateOtag(v, String());
@@ -190,7 +179,7 @@ std::vector<Case> HostileValuesTest::Cases() {
          cache->Delete(v, false);
          EXPECT_FALSE(cache->GetDBMgr()->IsTableExists(v));
          cache->GetDBMgr()->IsColumnExists(v, v);
-         cache->GetDBMgr()->IsColumnExists(u"tb_cacheInfo", v);
+         cache->GetDBMgr()->IsColumnExists(u"tb_cacheInfo", v);  // may match: the loose test takes "%" as a wildcard
          return true;
        }},
       {"relay writes, then path updates and deletes",
