@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "TestSupport.h"
+#include "UpgradeTestSupport.h"
 #include "base/ncModulePool.h"
-#include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgr.h"
 #include "platform/ncPlatform.h"
 #include "docmgr/nsHostLoader.h"
@@ -36,16 +36,14 @@ class DocMgrTest : public ::testing::Test {
 };
 
 TEST_F(DocMgrTest, InitCreatesBothDataDirectoriesCustomisesTopFoldersAndKeepsTheJournalsUnderTheSecondRoot) {
-  for (const char* folder : {"/root", "/logs", "/root/Mine", "/root/Org"}) test::MakeDir(dir.path() + folder);
-  // name, typeName, docId, docType, viewType
-  const std::vector<ncTopFolderInfo> folders = {
-      {u"Mine", u"", u"", 1, 0}, {u"Org", u"Sales", u"", 4, 0}, {u"Absent", u"", u"", 2, 0}};
+  for (const char* folder : {"/root", "/logs", "/root/Org"}) test::MakeDir(dir.path() + folder);
+  // name, typeName, docId, docType, viewType; the texts of every type are the file manager's test
+  const std::vector<ncTopFolderInfo> folders = {{u"Org", u"Sales", u"", 4, 0}, {u"Absent", u"", u"", 2, 0}};
   docMgr->Init(dir.child("root"), dir.child("logs"), folders, true, u"alice");
   for (const char* data : {"/root/.kestrove.cache", "/logs/.kestrove.cache"}) {
     const uint32_t wanted = platform::kAttrDirectory | platform::kAttrHidden;
     EXPECT_EQ(wanted, platform::GetFileAttributes(base::FromUtf8(dir.path() + data)) & wanted) << data;
   }
-  EXPECT_EQ("1-My Documents", test::FolderDisplayText(dir.path() + "/root/Mine"));
   EXPECT_EQ("5-Organization Documents-Sales", test::FolderDisplayText(dir.path() + "/root/Org"));
   EXPECT_FALSE(test::Exists(dir.path() + "/root/Absent"));
 
@@ -88,11 +86,8 @@ TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrderAndStampedWithTheVersion) {
   docMgr->GetLocalSyncs(roots);
   EXPECT_EQ((std::vector<String>{other, outer}), roots);
 
-  // IniLocalSync stamps the current version.
   docMgr->IniLocalSync(dir.child("local"));
-  ncConfigDBInfo config;
-  EXPECT_TRUE(config.Init(dir.child("local"), true));
-  EXPECT_EQ(24, config.GetVersionNum());
+  EXPECT_EQ(24, test::StoredVersion(dir.child("local"), true));  // the current version
 }
 
 // Every sync root has its own cache, file, relay and path managers over its own stores; the
