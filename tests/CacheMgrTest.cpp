@@ -33,7 +33,7 @@ std::vector<String> Names(const std::vector<ncCacheSearchInfo>& hits, String ncC
 
 class CacheMgrTest : public ::testing::Test {
  protected:
-  void Open(bool viewMode) {
+  void Open(bool viewMode) {  // releases, and so closes, the store open before
     cache_ = NC_NEW(ncCacheMgr);
     cache_->Init(dir_.child("cache.db"), viewMode);
   }
@@ -209,7 +209,6 @@ TEST_F(CacheMgrTest, ClearingATagReachesTheSubtreeAndInvalidArgumentsAreRefused)
 }
 
 TEST_F(CacheMgrTest, ViewModeDropsTheViewFolderAndKeepsTheViewInItsColumn) {
-  cache_->Close();
   Open(true);
   cache_->Update(u"Mine\\a", Record(u"gns://M/a", 1, 0, u"Mine", 1));
   cache_->Update(u"Mine\\a\\b.txt", Record(u"gns://M/a/b", 1, 0, u"Mine", 1));
@@ -291,7 +290,6 @@ TEST_F(CacheMgrTest, SearchRunsFourStrategiesInRowOrderAndStopsAtADuplicate) {
     ncDBMgr::SchemaChange earlierBuild(*cache_->GetDBMgr());
     cache_->GetDBMgr()->ExecuteSql(u"create index tb_cacheInfo_search_idx on tb_cacheInfo(acronym, name)");
   }
-  cache_->Close();
   Open(false);
   EXPECT_TRUE(Query("select name from sqlite_master where name = 'tb_cacheInfo_search_idx'").empty());
   // 文件档案 (WJDA) and abz-c match only scattered, each after a duplicate, so never shown.

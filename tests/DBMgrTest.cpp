@@ -102,11 +102,9 @@ TEST_F(DBMgrTest, ProtectedSchemaChangesOnlyInsideAScope) {
   for (const char16_t* change :
        {u"drop table t", u"alter table t add column w int", u"create table u (v int)", u"create index i on t(v)",
         u"create temp table tt (v int)", u"create trigger g after insert on t begin delete from t; end", u"detach database main",
-        u"attach database ':memory:' as other", u"delete from sqlite_schema", u"update sqlite_master set sql = 'x' where name = 't'"}) {
-    SCOPED_TRACE(base::ToUtf8(change));
+        u"attach database ':memory:' as other", u"delete from sqlite_schema", u"update sqlite_master set sql = 'x' where name = 't'"})
     EXPECT_THROW_CODE_MESSAGE(db->ExecuteSql(change), 1,
                               u"Execute sql failed. Sql: " + String(change) + u". Error: not authorized");
-  }
   EXPECT_EQ(before, Single("select group_concat(sql, ';') from sqlite_master"));
   db->ExecuteSql(u"insert into t values(1)");  // rows may change
   // The scope holds the connection: another thread's statement waits until it ends.
