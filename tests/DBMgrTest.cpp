@@ -1,5 +1,5 @@
-// The SQLite wrapper on real database files: settings, statements, errors with their exact
-// texts, the loose column test, and transactions across threads.
+// The SQLite wrapper on real database files: statements, errors with their exact texts,
+// the loose column test, the protected schema and LIKE.
 #include <gtest/gtest.h>
 
 #include <chrono>

@@ -179,12 +179,12 @@ TEST(UpgradeStepsTest, OldRootsReachTheFreshSchemaWithEveryRowAndARerunChangesNo
     EXPECT_EQ(2, summary.state) << base::ToUtf8(summary.message);
     EXPECT_EQ(2.0 * (24 - version), summary.total);
     EXPECT_EQ(summary.total, summary.done);
+    // Every step again, as a run interrupted before recording would: nothing moves.
+    StampVersions(dir, version);
+    EXPECT_EQ(2, UpgradeRoot(dir, version, true).state);
 
     EXPECT_EQ(before, OldValues(dir, kept));
-    const auto expectFreshSchema = [&dir] {
-      for (const char* file : kStores) EXPECT_EQ(Schema(dir.path() + "/fresh/" + file), Schema(StoreFile(dir, file)));
-    };
-    expectFreshSchema();
+    for (const char* file : kStores) EXPECT_EQ(Schema(dir.path() + "/fresh/" + file), Schema(StoreFile(dir, file)));
 
     // Values a fresh row would have: derived as the cache derives them, or the defaults.
     const test::Rows derived = Read(StoreFile(dir, "cache.db"),
@@ -203,13 +203,6 @@ TEST(UpgradeStepsTest, OldRootsReachTheFreshSchemaWithEveryRowAndARerunChangesNo
               Read(log, "select logType, logCount from tb_logstat order by logType"));
     OpenStore(log)->ExecuteSql(u"delete from tb_synclog where logType = 0");  // the repaired trigger counts it
     EXPECT_EQ((test::Rows{{"0"}}), Read(log, "select logCount from tb_logstat where logType = 0"));
-
-    // Every step again, as a run interrupted before recording would: nothing moves.
-    const std::map<std::string, test::Rows> after = OldValues(dir, kept);
-    StampVersions(dir, version);
-    EXPECT_EQ(2, UpgradeRoot(dir, version, true).state);
-    EXPECT_EQ(after, OldValues(dir, kept));
-    expectFreshSchema();
   }
 }
 
