@@ -58,12 +58,8 @@ TEST_F(DBMgrTest, TableAndLooseColumnTests) {
   EXPECT_FALSE(db->IsColumnExists(u"tb_files", u"otag"));
 }
 
-// Threads that share the connection and keep every write: the stress harness.
-TEST_F(DBMgrTest, ASecondBeginOnTheSameThreadFailsInsteadOfWaitingForItself) {
-  db->BeginTransaction();
-  EXPECT_THROW_CODE(db->BeginTransaction(), 1);
-  db->CommitTransaction();
-}
+// Transactions: a second begin on the same thread is the store batch test's (a batch does
+// not nest), threads that share the connection and keep every write the stress harness's.
 
 // Whatever the text holds, one call runs one statement: a second one is refused whole,
 // before the first runs.
