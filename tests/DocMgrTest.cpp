@@ -2,18 +2,10 @@
 // top folders, the local sync roots, the managers it hands out per root and the journals.
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
 #include "TestSupport.h"
+#include "UpgradeTestSupport.h"
 #include "base/ncModulePool.h"
-#include "docmgr/ncConfigDBInfo.h"
 #include "docmgr/ncDocMgr.h"
-#include "docmgr/ncIADSMgr.h"
-#include "docmgr/ncICacheMgr.h"
-#include "docmgr/ncIFileMgr.h"
-#include "docmgr/ncILogMgr.h"
-#include "docmgr/ncIPathMgr.h"
-#include "docmgr/ncIRelayMgr.h"
 #include "platform/ncPlatform.h"
 #include "docmgr/nsHostLoader.h"
 
@@ -44,16 +36,14 @@ class DocMgrTest : public ::testing::Test {
 };
 
 TEST_F(DocMgrTest, InitCreatesBothDataDirectoriesCustomisesTopFoldersAndKeepsTheJournalsUnderTheSecondRoot) {
-  for (const char* folder : {"/root", "/logs", "/root/Mine", "/root/Org"}) test::MakeDir(dir.path() + folder);
-  // name, typeName, docId, docType, viewType
-  const std::vector<ncTopFolderInfo> folders = {
-      {u"Mine", u"", u"", 1, 0}, {u"Org", u"Sales", u"", 4, 0}, {u"Absent", u"", u"", 2, 0}};
+  for (const char* folder : {"/root", "/logs", "/root/Org"}) test::MakeDir(dir.path() + folder);
+  // name, typeName, docId, docType, viewType; the texts of every type are the file manager's test
+  const std::vector<ncTopFolderInfo> folders = {{u"Org", u"Sales", u"", 4, 0}, {u"Absent", u"", u"", 2, 0}};
   docMgr->Init(dir.child("root"), dir.child("logs"), folders, true, u"alice");
   for (const char* data : {"/root/.kestrove.cache", "/logs/.kestrove.cache"}) {
     const uint32_t wanted = platform::kAttrDirectory | platform::kAttrHidden;
     EXPECT_EQ(wanted, platform::GetFileAttributes(base::FromUtf8(dir.path() + data)) & wanted) << data;
   }
-  EXPECT_EQ("1-My Documents", test::FolderDisplayText(dir.path() + "/root/Mine"));
   EXPECT_EQ("5-Organization Documents-Sales", test::FolderDisplayText(dir.path() + "/root/Org"));
   EXPECT_FALSE(test::Exists(dir.path() + "/root/Absent"));
 
@@ -96,29 +86,9 @@ TEST_F(DocMgrTest, LocalSyncRootsAreKeptInKeyOrderAndStampedWithTheVersion) {
   docMgr->GetLocalSyncs(roots);
   EXPECT_EQ((std::vector<String>{other, outer}), roots);
 
-  // IniLocalSync stamps the current version.
   docMgr->IniLocalSync(dir.child("local"));
-  ncConfigDBInfo config;
-  EXPECT_TRUE(config.Init(dir.child("local"), true));
-  EXPECT_EQ(24, config.GetVersionNum());
+  EXPECT_EQ(24, test::StoredVersion(dir.child("local"), true));  // the current version
 }
-
-// Through the module, as a host holds it: a main root in view mode and one local sync root.
-struct ModuleRoots {
-  ModuleRoots() {
-    test::MakeDir(dir.path() + "/main");
-    // A constructor cannot stop the test with ASSERT; the exception fails it instead.
-    if (host.addModule(NSGetModule, "in-process") != NS_OK || !(docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID)))
-      throw std::runtime_error("the module did not register or create the document manager");
-    docMgr->Init(main, main, {}, true, u"tester");
-    docMgr->AddLocalSync(local);
-  }
-
-  test::TempDir dir;
-  const String main = dir.child("main"), local = dir.child("local"), elsewhere = dir.child("elsewhere");
-  nsHostLoader host;
-  nsCOMPtr<ncIDocMgr> docMgr;
-};
 
 // Every sync root has its own cache, file, relay and path managers over its own stores; the
 // tag manager is shared and an unknown root gets none. Removing a root closes its stores while
@@ -128,9 +98,16 @@ TEST(DocMgrRootsTest, EachRootHasItsOwnManagersAndClosingReleasesEverythingTheCa
   base::ncModulePool* pool = base::ncModulePool::getInstance();
   const size_t before = pool->liveObjects();
   {
-    ModuleRoots roots;
-    ncIDocMgr* docMgr = roots.docMgr.get();
-    const String &local = roots.local, &elsewhere = roots.elsewhere;
+    // Through the module, as a host holds it: a main root in view mode and one local sync root.
+    test::TempDir dir;
+    const String main = dir.child("main"), local = dir.child("local"), elsewhere = dir.child("elsewhere");
+    test::MakeDir(dir.path() + "/main");
+    nsHostLoader host;
+    ASSERT_EQ(NS_OK, host.addModule(NSGetModule, "in-process"));
+    nsCOMPtr<ncIDocMgr> docMgr = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
+    ASSERT_TRUE(docMgr);
+    docMgr->Init(main, main, {}, true, u"tester");
+    docMgr->AddLocalSync(local);
     nsCOMPtr<ncICacheMgr> mainCache = Adopt(docMgr->GetCacheMgr(u"")), localCache = Adopt(docMgr->GetCacheMgr(local));
     nsCOMPtr<ncIRelayMgr> mainRelay = Adopt(docMgr->GetRelayMgr(u"")), localRelay = Adopt(docMgr->GetRelayMgr(local));
     nsCOMPtr<ncIPathMgr> localPaths = Adopt(docMgr->GetPathMgr(local));
@@ -153,79 +130,50 @@ TEST(DocMgrRootsTest, EachRootHasItsOwnManagersAndClosingReleasesEverythingTheCa
     EXPECT_TRUE(localRelay->GetDownloadNoniusByPath(record.srcPath, found));
 
     ncIDBMgr* scratch = docMgr->CreateDBMgr();
-    scratch->Open(roots.dir.child("scratch.db"));
+    scratch->Open(dir.child("scratch.db"));
     scratch->ExecuteSql(u"create table t (x int)");
 
     docMgr->RemoveLocalSync(local);
     EXPECT_FALSE(docMgr->GetCacheMgr(local) || docMgr->GetFileMgr(local) || docMgr->GetRelayMgr(local) ||
                  docMgr->GetPathMgr(local));
     EXPECT_THROW_CODE(localRelay->GetDownloadNoniusByPath(record.srcPath, found), 1);
-    EXPECT_EQ(u"local\\x", localPaths->GetRelativePath(roots.dir.child("local/x")));
+    EXPECT_EQ(u"local\\x", localPaths->GetRelativePath(dir.child("local/x")));
     docMgr->Close();
     EXPECT_THROW_CODE(mainRelay->HasUploadNoniusWithPath(u"/x"), 1);
   }
   EXPECT_EQ(before, pool->liveObjects()) << "live: " << pool->liveObjects();
 }
 
-// What waits in each root's cache and what was set aside, main root first.
-TEST_F(DocMgrTest, UnsyncDocReportListsWaitingItemsThenSetAsideFilesRootByRoot) {
+// What waits in each root's cache, main root first (the CLI's unsync report covers the
+// documents set aside and the pages of the log).
+TEST_F(DocMgrTest, UnsyncReportGoesRootByRootAndCountsOnlyItsOwnLogType) {
   std::vector<ncUnsyncDocInfo> docs;
   docMgr->GetUnsyncDoc(docs);  // nothing open yet
   EXPECT_TRUE(docs.empty());
+  EXPECT_EQ(0u, docMgr->GetUnsyncLogNum());
 
-  for (const char* folder : {"/root", "/root/a", "/work/local"}) test::MakeDir(dir.path() + folder);
-  docMgr->Init(dir.child("root"), dir.child("root"), {}, false, u"alice");
-  const String local = dir.child("work/local");
+  docMgr->Init(dir.wpath(), dir.wpath(), {}, false, u"alice");
+  const String local = dir.child("local");
   docMgr->AddLocalSync(local);
-
   ncCacheInfo waiting;
   waiting.state = NC_CACHE_STATE_UNSYNC;
   waiting.size = 12;
   waiting.errcode = 7;
   waiting.id = u"local-1";
-  nsCOMPtr<ncICacheMgr> mainCache = Adopt(docMgr->GetCacheMgr(u""));
-  mainCache->Update(u"a\\new.txt", waiting);
-  ncCacheInfo busy = waiting;  // a task works on it: not reported
-  busy.id = u"local-2";
-  busy.execTask = 1;
-  mainCache->Update(u"a\\busy.txt", busy);
-  ncCacheInfo synced;  // on the server: not reported
-  synced.id = u"gns://A/B";
-  mainCache->Update(u"a\\done.txt", synced);
-  waiting.id = u"local-3";
-  waiting.isDir = 1;
-  Adopt(docMgr->GetCacheMgr(local))->Update(u"local\\folder", waiting);
-
-  test::WriteFile(dir.path() + "/root/a/refused.txt", "12345");
-  const String setAside = Adopt(docMgr->GetFileMgr(u""))->CreateDupDoc(dir.child("root/a/refused.txt"), u"gns://A/C");
-
+  Adopt(docMgr->GetCacheMgr(local))->Update(u"local\\folder", waiting);  // written first, listed last
+  waiting.id = u"local-2";
+  Adopt(docMgr->GetCacheMgr(u""))->Update(u"a\\new.txt", waiting);
   docMgr->GetUnsyncDoc(docs);
-  ASSERT_EQ(3u, docs.size());
-  const String root = dir.child("root"), setAsideRel = Adopt(docMgr->GetPathMgr(u""))->GetRelativePath(setAside);
-  EXPECT_EQ(Row({root, u"a\\new.txt", NC_UNSYNC_DOC_WAITING, false, 12, 7}), Row(docs[0]));
-  EXPECT_EQ(Row({root, setAsideRel, NC_UNSYNC_DOC_SET_ASIDE, false, 5, 0}), Row(docs[1]));
-  EXPECT_EQ(Row({local, u"local\\folder", NC_UNSYNC_DOC_WAITING, true, 12, 7}), Row(docs[2]));
-}
+  ASSERT_EQ(2u, docs.size());
+  EXPECT_EQ(Row({dir.wpath(), u"a\\new.txt", NC_UNSYNC_DOC_WAITING, false, 12, 7}), Row(docs[0]));
+  EXPECT_EQ(Row({local, u"local\\folder", NC_UNSYNC_DOC_WAITING, false, 12, 7}), Row(docs[1]));
 
-// The unsynchronised log: its own type only, paged from the newest entry.
-TEST_F(DocMgrTest, UnsyncLogCountsItsOwnTypeAndPagesNewestFirst) {
-  EXPECT_EQ(0u, docMgr->GetUnsyncLogNum());  // nothing open yet
-  docMgr->Init(dir.wpath(), dir.wpath(), {}, false, u"alice");
   nsCOMPtr<ncILogMgr> log = Adopt(docMgr->GetLogMgr());
-  for (int i = 1; i <= 3; ++i) {
-    ncSyncLogInfo entry;
-    entry.relPath = base::Format(u"refused %d.txt", i);
-    log->RecordSyncLog(NC_SYNCLOG_TYPE_UNSYNC, entry);
-    log->RecordSyncLog(0, entry);  // another type: not counted
-  }
-  EXPECT_EQ(3u, docMgr->GetUnsyncLogNum());
+  for (int type : {NC_SYNCLOG_TYPE_UNSYNC, 0, 0}) log->RecordSyncLog(type, ncSyncLogInfo());
+  EXPECT_EQ(1u, docMgr->GetUnsyncLogNum());
   std::vector<ncSyncLogInfo> page;
   uint32_t total = 0;
-  docMgr->GetUnsyncLog(page, 1, 2, total);
-  EXPECT_EQ(3u, total);
-  ASSERT_EQ(2u, page.size());
-  EXPECT_EQ(u"refused 3.txt|refused 2.txt", page[0].relPath + u"|" + page[1].relPath);
-  EXPECT_THROW_CODE(docMgr->GetUnsyncLog(page, 5, 6, total), 2);
+  EXPECT_THROW_CODE(docMgr->GetUnsyncLog(page, 2, 3, total), 2);
 }
 
 }  // namespace
