@@ -103,7 +103,7 @@ int main(int argc, char** argv) {
   try {
     for (int size = 3; size < argc; ++size) {
       const int64_t files = std::atoll(argv[size]);
-      bench::TempDir dir;
+      test::TempDir dir;
       const std::string ourRoot = dir.path() + "/ours", rawRoot = dir.path() + "/raw";
       const int64_t items = MakeTree(ourRoot, files);
       MakeTree(rawRoot, files);

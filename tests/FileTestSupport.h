@@ -9,10 +9,6 @@
 
 namespace test {
 
-// The system's folder for temporary files, and a new uniquely named folder in a folder
-// (empty when it cannot be made).
-std::string SystemTempFolder();
-std::string MakeTempDir(const std::string& parent);
 void SetEnvironment(const char* name, const char* value);
 
 // A symbolic link at link to target; false when the system does not make one here.

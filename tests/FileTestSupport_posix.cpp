@@ -58,16 +58,6 @@ std::string FolderDisplayText(const std::string& folder) {
 const size_t kNativePathMax = PATH_MAX;
 const size_t kNativeNameMax = NAME_MAX;
 
-std::string SystemTempFolder() {
-  const char* base = std::getenv("TMPDIR");
-  return base && *base ? base : "/tmp";
-}
-
-std::string MakeTempDir(const std::string& parent) {
-  std::string pattern = parent + "/docmgr-test-XXXXXX";
-  return ::mkdtemp(&pattern[0]) ? pattern : std::string();
-}
-
 void SetEnvironment(const char* name, const char* value) { ::setenv(name, value, 1); }
 
 std::string RunCommand(const std::string& command, int* status) {

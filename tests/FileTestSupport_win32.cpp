@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <random>
 
 #include "TestSupport.h"
 #include "text/String.h"
@@ -80,26 +79,6 @@ std::string FolderDisplayText(const std::string& folder) {
 
 const size_t kNativePathMax = 0;
 const size_t kNativeNameMax = 255;
-
-std::string SystemTempFolder() {
-  wchar_t buffer[MAX_PATH + 1];
-  const DWORD length = ::GetTempPathW(MAX_PATH + 1, buffer);
-  std::wstring folder(buffer, length);
-  while (!folder.empty() && (folder.back() == L'\\' || folder.back() == L'/')) folder.pop_back();
-  return Utf8(folder);
-}
-
-std::string MakeTempDir(const std::string& parent) {
-  std::random_device random;
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    char name[32];
-    std::snprintf(name, sizeof name, "docmgr-test-%08x", static_cast<unsigned>(random()));
-    const std::string path = parent + "\\" + name;
-    if (::CreateDirectoryW(Wide(path).c_str(), nullptr)) return path;
-    if (::GetLastError() != ERROR_ALREADY_EXISTS) break;
-  }
-  return std::string();
-}
 
 void SetEnvironment(const char* name, const char* value) { ::_putenv_s(name, value); }
 

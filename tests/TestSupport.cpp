@@ -1,11 +1,8 @@
 #include "TestSupport.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
-#include "base/Directory.h"
 #include "base/LibManager.h"
 #include "docmgr/ncAutoGetTable.h"
 #include "FileTestSupport.h"
@@ -15,27 +12,11 @@ using base::String;
 
 namespace test {
 
-TempDir::TempDir() : path_(MakeTempDir(SystemTempFolder())) {
-  if (path_.empty()) std::abort();
-}
-
-TempDir::TempDir(const std::string& base) : path_(MakeTempDir(base)) {}
-
-String TempDir::child(const std::string& relative) const { return base::FromNativeBytes(path_) + Native(u"/" + base::FromNativeBytes(relative)); }
-
 String Native(const String& path) {
   String native = path;
   for (char16_t& unit : native)
     if (unit == u'/') unit = platform::kPathSeparator;
   return native;
-}
-
-TempDir::~TempDir() {
-  if (path_.empty()) return;
-  try {
-    base::Directory::removeTree(wpath());
-  } catch (const base::Exception&) {
-  }
 }
 
 void WriteFile(const std::string& path, const std::string& content) { std::ofstream(path, std::ios::binary) << content; }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "TempDir.h"
 #include "docmgr/Exception.h"
 #include "text/String.h"
 
@@ -16,22 +17,6 @@ class ncDBMgr;
 namespace test {
 
 using base::String;
-
-// A fresh folder under TMPDIR (or /tmp), or under the given folder (path() empty when that
-// fails), removed with everything in it at the end.
-class TempDir {
- public:
-  TempDir();
-  explicit TempDir(const std::string& base);
-  ~TempDir();
-  const std::string& path() const { return path_; }
-  String wpath() const { return base::FromUtf8(path_); }
-  // path()/relative as a wide string, with the system's separators.
-  String child(const std::string& relative) const;
-
- private:
-  std::string path_;
-};
 
 // The path with '/' turned into the system's separator.
 String Native(const String& path);
