@@ -12,18 +12,11 @@
 namespace {
 
 using test::Cli;
+using test::CliPrints;
 using test::CliRun;
 using CliOutputTest = test::PosixShellTest;
 
 std::string Quoted(const std::string& path) { return "'" + path + "'"; }
-
-bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
-
-CliRun CliWithEnvironment(const std::string& environment, const std::string& arguments) {
-  CliRun run;
-  run.output = test::RunCommand(environment + " " + DOCMGR_CLI_PATH + " --quiet " + arguments, &run.status);
-  return run;
-}
 
 // Entries of the unsynchronised log type, written as the client's engine writes them.
 void RecordRefusedUploads(const std::string& root, int count) {
@@ -60,7 +53,7 @@ TEST_F(CliOutputTest, UnsyncShowsWaitingItemsSetAsideDocumentsAndTheirLog) {
   ASSERT_EQ(2u, docs.size()) << json.output;
   EXPECT_EQ("new.txt", docs[0].as_object().at("relPath").as_string());
   EXPECT_EQ(NC_UNSYNC_DOC_WAITING, docs[0].as_object().at("kind").as_integer());
-  EXPECT_TRUE(Has(docs[1].as_object().at("relPath").as_string(), "/aside.txt")) << json.output;
+  EXPECT_TRUE(test::Has(docs[1].as_object().at("relPath").as_string(), {"/aside.txt"}));
   EXPECT_EQ(NC_UNSYNC_DOC_SET_ASIDE, docs[1].as_object().at("kind").as_integer());
   EXPECT_EQ(5, docs[1].as_object().at("size").as_integer());
   const auto& log = report.as_object().at("log").as_object();
@@ -70,10 +63,10 @@ TEST_F(CliOutputTest, UnsyncShowsWaitingItemsSetAsideDocumentsAndTheirLog) {
   EXPECT_EQ((1767225600 + 3) * 1000000LL, log.at("entries")[0].as_object().at("time").as_integer())
       << "JSON times are microseconds, as the cache's";
 
-  const CliRun text = CliWithEnvironment("TZ=UTC", "unsync " + Quoted(root));
-  for (const char* part : {"waiting for upload", "set aside", "2 items have not reached the server", "3 log entries",
-                           "2026-01-01 00:00:03  uploaded"})
-    EXPECT_TRUE(Has(text.output, part)) << part << "\n" << text.output;
+  EXPECT_TRUE(CliPrints("unsync " + Quoted(root), 0,
+                        {"waiting for upload", "set aside", "2 items have not reached the server", "3 log entries",
+                         "2026-01-01 00:00:03  uploaded"},
+                        "TZ=UTC"));
 }
 
 TEST_F(CliOutputTest, NamesWithControlCharactersStayOnOneLineAndParseBackFromJson) {
@@ -82,11 +75,8 @@ TEST_F(CliOutputTest, NamesWithControlCharactersStayOnOneLineAndParseBackFromJso
   test::WriteFile(root + "/a\nb\tc.txt", "x");
   ASSERT_EQ(0, Cli("scan " + Quoted(root)).status);
 
-  const CliRun ls = Cli("ls " + Quoted(root));
-  EXPECT_TRUE(Has(ls.output, "a\\nb\\tc.txt ")) << ls.output;
-  EXPECT_TRUE(Has(ls.output, "\n1 item\n")) << ls.output;
-  const CliRun json = Cli("--json ls " + Quoted(root));
-  EXPECT_EQ("a\nb\tc.txt", JSON::Value::parse(json.output)[0].as_object().at("name").as_string());
+  EXPECT_TRUE(CliPrints("ls " + Quoted(root), 0, {"a\\nb\\tc.txt ", "\n1 item\n"}));
+  EXPECT_EQ("a\nb\tc.txt", JSON::Value::parse(Cli("--json ls " + Quoted(root)).output)[0].as_object().at("name").as_string());
 }
 
 TEST_F(CliOutputTest, FailuresUnderJsonAreObjectsWithTheExitCode) {
@@ -94,16 +84,14 @@ TEST_F(CliOutputTest, FailuresUnderJsonAreObjectsWithTheExitCode) {
   const CliRun missing = Cli("--json ls " + Quoted(dir.path() + "/nowhere"));
   EXPECT_EQ(1, missing.status);
   const JSON::Value failure = JSON::Value::parse(missing.output);
-  EXPECT_TRUE(Has(failure.as_object().at("error").as_string(), "no such folder")) << missing.output;
+  EXPECT_TRUE(test::Has(failure.as_object().at("error").as_string(), {"no such folder"}));
   EXPECT_EQ(1, failure.as_object().at("exitCode").as_integer());
 
   const CliRun usage = Cli("--json log " + Quoted(dir.path()) + " --type x");
   EXPECT_EQ(2, usage.status);
   EXPECT_EQ(2, JSON::Value::parse(usage.output).as_object().at("exitCode").as_integer()) << usage.output;
 
-  const CliRun chinese = CliWithEnvironment("KESTROVE_LANG=zh_CN", "ls " + Quoted(dir.path() + "/nowhere"));
-  EXPECT_EQ(1, chinese.status);
-  EXPECT_TRUE(Has(chinese.output, "文件夹不存在")) << chinese.output;
+  EXPECT_TRUE(CliPrints("ls " + Quoted(dir.path() + "/nowhere"), 1, {"文件夹不存在"}, "KESTROVE_LANG=zh_CN"));
 }
 
 TEST_F(CliOutputTest, HelpVersionAndTheManualPageComeFromTheCommandTable) {
@@ -112,18 +100,12 @@ TEST_F(CliOutputTest, HelpVersionAndTheManualPageComeFromTheCommandTable) {
   EXPECT_EQ(0u, version.output.find("docmgr-cli ")) << version.output;
   EXPECT_TRUE(version.output.size() > 11 && std::isdigit(static_cast<unsigned char>(version.output[11]))) << version.output;
 
-  const CliRun scan = Cli("help scan");
-  EXPECT_EQ(0, scan.status);
-  EXPECT_TRUE(Has(scan.output, "usage: docmgr-cli scan ROOT [--dry-run] [-v]")) << scan.output;
+  EXPECT_TRUE(CliPrints("help scan", 0, {"usage: docmgr-cli scan ROOT [--dry-run] [-v]"}));
   EXPECT_EQ(2, Cli("help nonsense").status);
-  const CliRun wrong = Cli("scan");
-  EXPECT_EQ(2, wrong.status);
-  EXPECT_TRUE(Has(wrong.output, "usage: docmgr-cli scan ROOT [--dry-run] [-v]")) << wrong.output;
-
+  EXPECT_TRUE(CliPrints("scan", 2, {"usage: docmgr-cli scan ROOT [--dry-run] [-v]"}));
   const CliRun man = Cli("help --man");
   EXPECT_EQ(0u, man.output.find(".TH DOCMGR-CLI 1")) << man.output;
-  for (const char* section : {".SH COMMANDS", ".B unsync ROOT", ".SH EXIT STATUS"})
-    EXPECT_TRUE(Has(man.output, section)) << section;
+  EXPECT_TRUE(test::Has(man.output, {".SH COMMANDS", ".B unsync ROOT", ".SH EXIT STATUS"}));
 }
 
 }  // namespace

@@ -54,11 +54,27 @@ void ExpectException(const std::function<void()>& call, int code, const base::St
 
 const char kNoPosixShellReason[] = "these command lines need a POSIX shell (cmd.exe runs them on Windows)";
 
-CliRun Cli(const std::string& arguments) {
+CliRun Cli(const std::string& arguments, const std::string& environment) {
   CliRun run;
   const std::string program = base::ToUtf8(Native(base::FromUtf8(DOCMGR_CLI_PATH)));
-  run.output = RunCommand(program + " --quiet " + arguments, &run.status);
+  run.output = RunCommand(environment + (environment.empty() ? "" : " ") + program + " --quiet " + arguments, &run.status);
   return run;
+}
+
+::testing::AssertionResult Has(const std::string& text, const std::vector<std::string>& parts) {
+  std::string missing;
+  for (const std::string& part : parts)
+    if (text.find(part) == std::string::npos) missing += " \"" + part + "\"";
+  if (missing.empty()) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "missing" << missing << " in:\n" << text;
+}
+
+::testing::AssertionResult CliPrints(const std::string& arguments, int status, const std::vector<std::string>& parts,
+                                     const std::string& environment) {
+  const CliRun run = Cli(arguments, environment);
+  if (run.status != status)
+    return ::testing::AssertionFailure() << arguments << ": status " << run.status << ", not " << status << "\n" << run.output;
+  return Has(run.output, parts) << " (" << arguments << ")";
 }
 
 Rows Query(ncDBMgr* db, const std::string& sql) {
