@@ -37,7 +37,6 @@ TEST(FormatTest, DirectivesMissingArgumentsAndTheSecondPass) {
   EXPECT_EQ(4096u, Format(u"%999999999999d", 1).size());
   EXPECT_EQ(4096u + 1, Format(u"%.99999999999d", -1).size());
   EXPECT_EQ(u"abc", Format(u"%.99999999999s", u"abc"));
-  EXPECT_EQ(u"ab", Format(u"%.2147483648s", u"ab"));
   EXPECT_EQ(u"%99999999999999999999d", Format(u"%99999999999999999999d"));  // no argument: as it stands
   EXPECT_EQ(u"9223372036854775807 0", Format(u"%d %d", 1e300, 0.0 / 0.0));
 
@@ -52,8 +51,6 @@ TEST(FormatTest, DirectivesMissingArgumentsAndTheSecondPass) {
 }
 
 TEST(StringTest, Utf8CaseNumbersAndPathParts) {
-  const String text = u"A 项目 \U0001F600 é";
-  EXPECT_EQ(text, base::FromUtf8(base::ToUtf8(text)));
   EXPECT_TRUE(base::EqualsIgnoreCase(u"C:\\Work\\ÄBC", u"c:\\work\\äbc"));
   EXPECT_FALSE(base::EqualsIgnoreCase(u"abc", u"abd"));
   EXPECT_EQ(-42, base::ToInt64(u" -42abc"));
@@ -74,33 +71,19 @@ TEST(StringTest, Utf8CaseNumbersAndPathParts) {
   EXPECT_FALSE(base::Path::isValidPath(String(u"a\0b", 3)));
 }
 
-TEST(ResourceTest, CatalogueThenBuiltInThenKey) {
+// docmgr-cli's translated messages read a real catalogue (CliOutputTest). One whose header
+// promises more than the file holds is not read: the built-in texts stand, then the key.
+TEST(ResourceTest, ATruncatedCatalogueLeavesTheBuiltInTextsThenTheKey) {
   test::TempDir dir;
-  // A catalogue written by hand in the GNU .mo layout: one entry besides the header.
-  const std::string key = "IDS_A", text = "From the catalogue %s";
-  std::string mo(28 + 32, '\0');
+  std::string mo(40, '\0');  // the GNU .mo header of two entries, cut inside their table
   auto put = [&mo](size_t at, uint32_t v) { std::memcpy(&mo[at], &v, 4); };
-  put(0, 0x950412de);
-  put(8, 2);
-  put(12, 28);
-  put(16, 44);
-  const size_t strings = mo.size();
-  mo += std::string(1, '\0') + key + '\0' + std::string(1, '\0') + text + '\0';
-  put(28, 0), put(32, strings);
-  put(36, key.size()), put(40, strings + 1);
-  put(44, 0), put(48, strings + 1 + key.size() + 1);
-  put(52, text.size()), put(56, strings + key.size() + 3);
-  test::WriteFile(dir.path() + "/t.mo", mo);
-  const base::ResourceText builtIn[] = {{"IDS_A", "built-in A"}, {"IDS_B", "built-in B"}, {nullptr, nullptr}};
-  base::MoResourceLoader loader(dir.child("t.mo"), builtIn);
-  EXPECT_TRUE(loader.isCatalogueLoaded());
-  EXPECT_EQ(u"From the catalogue x", base::FormatResource(&loader, u"IDS_A", u"x"));
-  EXPECT_EQ(u"built-in B", loader.getString(u"IDS_B"));
-  EXPECT_EQ(u"IDS_C", loader.getString(u"IDS_C"));
-  test::WriteFile(dir.path() + "/broken.mo", mo.substr(0, 40));
+  put(0, 0x950412de), put(8, 2), put(12, 28), put(16, 44), put(32, 60), put(36, 5);
+  test::WriteFile(dir.path() + "/broken.mo", mo);
+  const base::ResourceText builtIn[] = {{"IDS_A", "built-in A %s"}, {nullptr, nullptr}};
   base::MoResourceLoader broken(dir.child("broken.mo"), builtIn);
   EXPECT_FALSE(broken.isCatalogueLoaded());
-  EXPECT_EQ(u"built-in A", broken.getString(u"IDS_A"));
+  EXPECT_EQ(u"built-in A x", base::FormatResource(&broken, u"IDS_A", u"x"));
+  EXPECT_EQ(u"IDS_C", broken.getString(u"IDS_C"));
 }
 
 TEST(TraceTest, LinesNameTheModuleSourceMethodAndArguments) {
@@ -111,10 +94,8 @@ TEST(TraceTest, LinesNameTheModuleSourceMethodAndArguments) {
   base::Trace::configure("");
   ncDocUtils::ReplaceStr(u"not traced", u"x", u"y", true);
   const std::string trace = test::ReadFile(file);
-  EXPECT_NE(std::string::npos, trace.find(" docmgr src/docmgr/ncDocUtils.cpp:")) << trace;
-  EXPECT_NE(std::string::npos,
-            trace.find(" ncDocUtils::ReplaceStr srcStr: a'b, oldSubStr: ', newSubStr: '', replaceAll: 1\n"))
-      << trace;
+  EXPECT_TRUE(test::Has(trace, {" docmgr src/docmgr/ncDocUtils.cpp:",
+                                 " ncDocUtils::ReplaceStr srcStr: a'b, oldSubStr: ', newSubStr: '', replaceAll: 1\n"}));
   EXPECT_EQ(std::string::npos, trace.find("not traced"));
   EXPECT_EQ("ncPathMgr::ncPathMgr", base::Trace::qualifiedName("ncPathMgr::ncPathMgr()"));
   EXPECT_EQ("ns::Foo::bar", base::Trace::qualifiedName("std::map<int, int> ns::Foo::bar(const int&) const"));

@@ -18,7 +18,6 @@ extern "C" nsresult NSGetModule(nsIComponentManager*, nsIFile*, nsIModule**);
 namespace {
 
 const nsCID kDocMgrCid = NC_DOCMGR_CID;
-const nsCID kUpgradeMgrCid = NC_UPGRADEMGR_CID;
 
 TEST(ModuleTest, ExportsOnlyNSGetModule) {
   EXPECT_EQ("NSGetModule\n", test::ExportedFunctions(DOCMGR_MODULE_PATH));
@@ -27,25 +26,16 @@ TEST(ModuleTest, ExportsOnlyNSGetModule) {
 TEST(ModuleTest, HostLearnsBothComponentsFromTheModuleFile) {
   nsHostLoader host;
   ASSERT_EQ(NS_OK, host.loadModule(DOCMGR_MODULE_PATH)) << host.lastError();
-  ASSERT_EQ(2u, host.registrations().size());
-  EXPECT_EQ("ncUpgradeMgr", host.registrations()[0].className);
-  EXPECT_EQ(NC_UPGRADEMGR_CONTRACTID, host.registrations()[0].contractId);
-  EXPECT_EQ("ncDocMgr", host.registrations()[1].className);
-  EXPECT_EQ(kDocMgrCid, host.registrations()[1].cid);
-
+  ASSERT_EQ(2u, host.registrations().size());  // the C host (HostAbiTest.c) checks what they say
   // Each component by its contract id and by its class id, asked for its own interface.
   const nsIID* interfaces[] = {&NS_GET_IID(ncIUpgradeMgr), &NS_GET_IID(ncIDocMgr)};
   for (size_t i = 0; i < 2; ++i) {
     const nsHostLoader::Registration registration = host.registrations()[i];
-    void* byContract = nullptr;
-    void* byClass = nullptr;
-    ASSERT_EQ(NS_OK, host.createInstanceByContractID(registration.contractId.c_str(), nullptr, *interfaces[i],
-                                                     &byContract));
+    void *byContract = nullptr, *byClass = nullptr;
+    ASSERT_EQ(NS_OK, host.createInstanceByContractID(registration.contractId.c_str(), nullptr, *interfaces[i], &byContract));
     ASSERT_EQ(NS_OK, host.createInstance(registration.cid, nullptr, *interfaces[i], &byClass));
     EXPECT_NE(byContract, byClass);
-    nsCOMPtr<nsISupports> first = nsCOMPtr<nsISupports>::adopt(static_cast<nsISupports*>(byContract));
-    nsCOMPtr<nsISupports> second = nsCOMPtr<nsISupports>::adopt(static_cast<nsISupports*>(byClass));
-    EXPECT_TRUE(do_QueryInterface<nsISupports>(first.get()));
+    for (void* object : {byContract, byClass}) static_cast<nsISupports*>(object)->Release();
   }
   nsCOMPtr<ncIUpgradeMgr> upgrade = host.create<ncIUpgradeMgr>(NC_UPGRADEMGR_CONTRACTID);
   EXPECT_FALSE(do_QueryInterface<ncIDocMgr>(upgrade.get()));
@@ -59,12 +49,10 @@ TEST(ModuleTest, ConstructorRefusesAggregationAndUnknownInterfacesAndRestartsKee
 
   nsCOMPtr<ncIDocMgr> outer = host.create<ncIDocMgr>(NC_DOCMGR_CONTRACTID);
   ASSERT_TRUE(outer);
-  for (const nsCID& cid : {kDocMgrCid, kUpgradeMgrCid}) {
-    void* result = reinterpret_cast<void*>(0x1);
-    EXPECT_EQ(NS_ERROR_NO_AGGREGATION, host.createInstance(cid, outer.get(), NS_GET_IID(nsISupports), &result));
-    EXPECT_EQ(nullptr, result);
-  }
   void* result = reinterpret_cast<void*>(0x1);
+  EXPECT_EQ(NS_ERROR_NO_AGGREGATION, host.createInstance(kDocMgrCid, outer.get(), NS_GET_IID(nsISupports), &result));
+  EXPECT_EQ(nullptr, result);
+  result = reinterpret_cast<void*>(0x1);
   EXPECT_EQ(NS_ERROR_NO_INTERFACE, host.createInstance(kDocMgrCid, nullptr, NS_GET_IID(ncIPathMgr), &result));
   EXPECT_EQ(nullptr, result);
   outer.reset();
