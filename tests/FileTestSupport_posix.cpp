@@ -32,10 +32,6 @@ bool GetXattr(const std::string& path, const std::string& name, std::string& val
   return ::getxattr(path.c_str(), name.c_str(), size ? &value[0] : nullptr, value.size()) == size;
 }
 
-bool GetRawStream(const std::string& path, const std::string& stream, std::string& value) {
-  return GetXattr(path, "user.kestrove." + stream, value);
-}
-
 bool MakeSymlink(const std::string& target, const std::string& link) {
   return ::symlink(target.c_str(), link.c_str()) == 0;
 }

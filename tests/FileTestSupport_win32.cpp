@@ -97,18 +97,6 @@ std::string RunCommand(const std::string& command, int* status) {
 
 bool GetXattr(const std::string&, const std::string&, std::string&) { return false; }
 
-bool GetRawStream(const std::string& path, const std::string& stream, std::string& value) {
-  HANDLE handle = ::CreateFileW(Wide(path + ":" + stream).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) return false;
-  value.clear();
-  char buffer[4096];
-  DWORD got = 0;
-  while (::ReadFile(handle, buffer, sizeof buffer, &got, nullptr) && got > 0) value.append(buffer, got);
-  ::CloseHandle(handle);
-  return true;
-}
-
 const char kNoStreamsReason[] =
     "no alternate data streams (Wine stores a \"file:stream\" name as a separate file) in ";
 

@@ -34,12 +34,6 @@ bool Exists(const std::string& path) {
 
 void MakeDir(const std::string& path) { platform::CreateDirectory(base::FromNativeBytes(path)); }
 
-std::string LittleEndian64(int64_t value) {
-  std::string bytes(8, '\0');
-  for (int i = 0; i < 8; ++i) bytes[i] = static_cast<char>((static_cast<uint64_t>(value) >> (8 * i)) & 0xFF);
-  return bytes;
-}
-
 void ExpectException(const std::function<void()>& call, int code, const base::String* message, const char* text) {
   try {
     call();
