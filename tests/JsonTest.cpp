@@ -76,8 +76,7 @@ TEST(JsonTest, BadTextIsRefusedWithItsCodeAndPositionAndReadingStopsAtTheValue) 
     EXPECT_EQ(JSON::ParseError, ParseFailure(bad).getCode()) << bad;
 
   size_t pos = 0;
-  Value first;
-  first.read("[1] {\"a\":2}", pos);
+  Value().read("[1] {\"a\":2}", pos);
   EXPECT_EQ(3u, pos);
 
   const std::string deep(Value::kMaxDepth, '[');

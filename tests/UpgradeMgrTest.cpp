@@ -1,7 +1,6 @@
 // The upgrade manager's decisions: what a fresh installation records, the range check, the
 // move of the journals to the second root, and the outcome of a run.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include "TestSupport.h"
 #include "UpgradeTestSupport.h"
@@ -59,7 +58,6 @@ TEST(UpgradeMgrTest, OlderRootsAreCountedAndJournalsMoveToTheSecondRoot) {
   test::WriteFile(dir.path() + "/main/.kestrove.cache/msg.db", "msg");
   nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
   upgrade->Init(dir.child("main"), dir.child("logs"), {}, 2);
-  EXPECT_TRUE(upgrade->NeedData());
   ncUpgradeSummary summary;
   upgrade->GetSummary(summary);
   EXPECT_EQ((24 - 6) * 2 + 1, summary.total);  // both roots at 6, plus the view layout
@@ -82,15 +80,12 @@ TEST(UpgradeMgrTest, MovedJournalKeepsWhatWasStillInItsWriteAheadLog) {
   test::TempDir dir;
   StampVersion(dir.child("main"), 24, 1);
   // A log.db left by a client that stopped without closing it: its rows are in log.db-wal.
-  const std::string live = dir.path() + "/live.db";
-  sqlite3* db = nullptr;
-  ASSERT_EQ(SQLITE_OK, sqlite3_open(live.c_str(), &db));
-  sqlite3_exec(db, "PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0; create table t (x int);"
-                   "insert into t values (1), (2), (3);", nullptr, nullptr, nullptr);
+  nsCOMPtr<ncDBMgr> live(NC_NEW(ncDBMgr));
+  live->Open(dir.child("live.db"));
+  for (const char16_t* sql : {u"create table t (x int)", u"insert into t values (1), (2), (3)"}) live->ExecuteSql(sql);
   const std::string data = dir.path() + "/main/.kestrove.cache/";
-  test::WriteFile(data + "log.db", test::ReadFile(live));
-  test::WriteFile(data + "log.db-wal", test::ReadFile(live + "-wal"));
-  sqlite3_close(db);
+  for (const std::string wal : {"", "-wal"}) test::WriteFile(data + "log.db" + wal, test::ReadFile(dir.path() + "/live.db" + wal));
+  live->Close();
 
   nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
   upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
