@@ -86,17 +86,4 @@ TEST(JsonTest, BadTextIsRefusedWithItsCodeAndPositionAndReadingStopsAtTheValue) 
   EXPECT_EQ(JSON::ParseError, ParseFailure(std::string(200000, '{')).getCode());
 }
 
-// Every proper prefix of a document is refused at its end: the reader never looks past it.
-TEST(JsonTest, TruncatedTextStopsAtItsEnd) {
-  for (const std::string document :
-       {"{\"a\":[{\"b\":[null,true,false]},-0.5e-3,{\"c\":{}}],\"d\":\"\\u4e2d\\ud83d\\ude00\\\"\"}",
-        "[\"文件 \\\\ 报告\",[[[[]]]],12345678901234]"}) {
-    ASSERT_NO_THROW(Value::parse(document)) << document;
-    for (size_t size = 0; size < document.size(); ++size) {
-      const base::Exception e = ParseFailure(document.substr(0, size));
-      EXPECT_NE(base::String::npos, e.getMessage().find(base::Format(u"Parse error: pos=%u.", size))) << size;
-    }
-  }
-}
-
 }  // namespace
