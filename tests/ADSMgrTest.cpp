@@ -1,7 +1,5 @@
 // The tag manager on real files and folders: the stream encodings, the quiet cases, the
 // read-only retry and the errors it reports.
-#include <gtest/gtest.h>
-
 #include <utility>
 
 #include "FileTestSupport.h"

@@ -2,7 +2,6 @@
 // (names, local times, escaped control characters, plurals, translations) and output a
 // script can parse (failures as JSON objects, one time unit), and help made from the table.
 #include <cctype>
-#include <string>
 
 #include "TestSupport.h"
 #include "dataapi/ncJson.h"

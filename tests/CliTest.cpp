@@ -1,6 +1,4 @@
 // docmgr-cli run as a support engineer runs it: through the module file, on real folder trees.
-#include <string>
-
 #include "TestSupport.h"
 #include "dataapi/ncJson.h"
 

@@ -1,18 +1,11 @@
 // The foundation layer: formatting, text conversion, paths, the message catalogues and
 // tracing (each backend's file operations have their own tests). The pool's
 // counts are watched by the module tests.
-#include <gtest/gtest.h>
-
 #include <cstring>
 
-#include "FileTestSupport.h"
 #include "TestSupport.h"
-#include "base/Directory.h"
-#include "docmgr/Exception.h"
-#include "base/File.h"
 #include "base/MoResourceLoader.h"
 #include "base/Path.h"
-#include "text/String.h"
 #include "base/Trace.h"
 #include "docmgr/ncDocUtils.h"
 #include "platform/ncPlatform.h"

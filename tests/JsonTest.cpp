@@ -1,8 +1,5 @@
 // The JSON value type: what it reads, what it writes back, and how it refuses bad text.
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <string>
 
 #include "TestSupport.h"
 #include "dataapi/ncJson.h"

@@ -1,10 +1,5 @@
 // The component module seen from a host: one export, registration, creation by contract id
 // and class id, and the constructor's failure statuses with the pool left as it was.
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-
 #include "TestSupport.h"
 #include "base/ncModulePool.h"
 #include "docmgr/ncDocMgrLibrary.h"

@@ -1,6 +1,4 @@
 // The message store in a real msg.db.
-#include <gtest/gtest.h>
-
 #include "TestSupport.h"
 #include "docmgr/ncModuleAllocator.h"
 #include "docmgr/ncMsgMgr.h"

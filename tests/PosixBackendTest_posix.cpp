@@ -2,7 +2,6 @@
 // bits in user.DOSATTRIB, read-only as permission bits, errno to Win32 codes, and copies
 // that never truncate their source.
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,7 +11,6 @@
 #include "FileTestSupport.h"
 #include "TestSupport.h"
 #include "base/Directory.h"
-#include "docmgr/Exception.h"
 #include "base/File.h"
 #include "platform/ncFileLockProbe.h"
 #include "platform/ncPlatform.h"

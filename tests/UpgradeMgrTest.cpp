@@ -1,7 +1,5 @@
 // The upgrade manager's decisions: what a fresh installation records, the range check, the
 // move of the journals to the second root, and the outcome of a run.
-#include <gtest/gtest.h>
-
 #include "TestSupport.h"
 #include "UpgradeTestSupport.h"
 #include "docmgr/ncConfigDBInfo.h"
