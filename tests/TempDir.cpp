@@ -36,10 +36,14 @@ TempDir::~TempDir() {
 }
 
 base::String TempDir::child(const std::string& relative) const {
-  base::String path = wpath() + base::FromNativeBytes("/" + relative);
-  for (char16_t& unit : path)
+  return Native(wpath() + base::FromNativeBytes("/" + relative));
+}
+
+base::String Native(const base::String& path) {
+  base::String native = path;
+  for (char16_t& unit : native)
     if (unit == u'/') unit = platform::kPathSeparator;
-  return path;
+  return native;
 }
 
 }  // namespace test

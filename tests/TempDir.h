@@ -27,4 +27,7 @@ class TempDir {
   std::string path_;
 };
 
+// The path with '/' turned into the system's separator.
+base::String Native(const base::String& path);
+
 }  // namespace test

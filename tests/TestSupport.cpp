@@ -12,13 +12,6 @@ using base::String;
 
 namespace test {
 
-String Native(const String& path) {
-  String native = path;
-  for (char16_t& unit : native)
-    if (unit == u'/') unit = platform::kPathSeparator;
-  return native;
-}
-
 void WriteFile(const std::string& path, const std::string& content) { std::ofstream(path, std::ios::binary) << content; }
 
 std::string ReadFile(const std::string& path) {
@@ -67,7 +60,8 @@ CliRun Cli(const std::string& arguments, const std::string& environment) {
                                      const std::string& environment) {
   const CliRun run = Cli(arguments, environment);
   if (run.status != status)
-    return ::testing::AssertionFailure() << arguments << ": status " << run.status << ", not " << status << "\n" << run.output;
+    return ::testing::AssertionFailure() << arguments << ": status " << run.status << ", not " << status << "\n"
+                                         << run.output;
   return Has(run.output, parts) << " (" << arguments << ")";
 }
 

@@ -18,9 +18,6 @@ namespace test {
 
 using base::String;
 
-// The path with '/' turned into the system's separator.
-String Native(const String& path);
-
 // True where the POSIX backend runs (its own mappings: mount-point markers, "\" in names).
 extern const bool kPosixBackend;
 

@@ -82,7 +82,8 @@ TEST(UpgradeMgrTest, MovedJournalKeepsWhatWasStillInItsWriteAheadLog) {
   live->Open(dir.child("live.db"));
   for (const char16_t* sql : {u"create table t (x int)", u"insert into t values (1), (2), (3)"}) live->ExecuteSql(sql);
   const std::string data = dir.path() + "/main/.kestrove.cache/";
-  for (const std::string wal : {"", "-wal"}) test::WriteFile(data + "log.db" + wal, test::ReadFile(dir.path() + "/live.db" + wal));
+  for (const std::string wal : {"", "-wal"})
+    test::WriteFile(data + "log.db" + wal, test::ReadFile(dir.path() + "/live.db" + wal));
   live->Close();
 
   nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
