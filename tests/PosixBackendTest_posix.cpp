@@ -52,11 +52,7 @@ TEST(FileSystemTest, AttributesCodesAndCopiesOntoTheSource) {
 
 // A write lock taken with fcntl, as SQLite takes its locks.
 bool LockBytes(int fd, short type, off_t start, off_t length) {
-  struct flock lock = {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = start;
-  lock.l_len = length;
+  struct flock lock = {type, SEEK_SET, start, length, 0};  // Linux's field order
   return ::fcntl(fd, F_SETLK, &lock) == 0;
 }
 

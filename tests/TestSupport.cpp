@@ -1,7 +1,7 @@
 #include "TestSupport.h"
 
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 #include "base/LibManager.h"
 #include "docmgr/ncAutoGetTable.h"
@@ -16,9 +16,7 @@ void WriteFile(const std::string& path, const std::string& content) { std::ofstr
 
 std::string ReadFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 bool Exists(const std::string& path) {
