@@ -21,18 +21,14 @@ std::wstring Wide(const std::string& utf8) {
   return std::wstring(text.begin(), text.end());
 }
 
-std::string Utf8(const std::wstring& wide) { return base::ToUtf8(base::String(wide.begin(), wide.end())); }
-
 // Whether the file system refuses to write a read-only file (Wine run by root does not).
 bool ReadOnlyIsEnforced(std::string& why) {
   TempDir dir;
-  const std::wstring probe = Wide(dir.path() + "\\read-only-probe");
-  WriteFile(Utf8(probe), "");
-  ::SetFileAttributesW(probe.c_str(), FILE_ATTRIBUTE_READONLY);
-  HANDLE handle = ::CreateFileW(probe.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-  const bool enforced = handle == INVALID_HANDLE_VALUE;
-  if (!enforced) ::CloseHandle(handle);
-  ::SetFileAttributesW(probe.c_str(), FILE_ATTRIBUTE_NORMAL);
+  const String probe = dir.child("read-only-probe");
+  platform::CreateEmptyFile(probe);
+  platform::SetFileAttributes(probe, platform::kAttrReadOnly);
+  const bool enforced = !platform::WriteWholeFile(probe, "x");
+  platform::SetFileAttributes(probe, platform::kAttrNormal);
   if (!enforced) why = "read-only files stay writable here (Wine run by root maps read-only to permission bits)";
   return enforced;
 }
