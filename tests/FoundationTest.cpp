@@ -52,7 +52,7 @@ TEST(StringTest, CaseNumbersTrimmingAndJoinedPaths) {
   EXPECT_EQ(u"/a/b", base::Path::combine(u"/a/", u"b"));
 }
 
-// docmgr-cli's translated messages read a real catalogue (CliOutputTest). One whose header
+// docmgr-cli's translated messages read a real catalogue (CliTest). One whose header
 // promises more than the file holds is not read: the built-in texts stand, then the key.
 TEST(ResourceTest, ATruncatedCatalogueLeavesTheBuiltInTextsThenTheKey) {
   test::TempDir dir;
