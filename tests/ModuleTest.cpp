@@ -51,8 +51,6 @@ TEST(ModuleTest, HostLearnsBothComponentsFromTheModuleFile) {
     EXPECT_NE(byContract, byClass);
     for (void* object : {byContract, byClass}) static_cast<nsISupports*>(object)->Release();
   }
-  nsCOMPtr<ncIUpgradeMgr> upgrade = host.create<ncIUpgradeMgr>(NC_UPGRADEMGR_CONTRACTID);
-  EXPECT_FALSE(do_QueryInterface<ncIDocMgr>(upgrade.get()));
 }
 
 TEST(ModuleTest, ConstructorRefusesAggregationAndUnknownInterfacesAndRestartsKeepTheAllocator) {
