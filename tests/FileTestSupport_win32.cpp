@@ -2,7 +2,6 @@
 
 #include "platform/ncWin32.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -96,31 +95,16 @@ bool GetXattr(const std::string&, const std::string&, std::string&) { return fal
 const char kNoStreamsReason[] =
     "no alternate data streams (Wine stores a \"file:stream\" name as a separate file) in ";
 
-// A real stream leaves the folder's listing alone; Wine's stand-in shows up as a new entry.
-// Every name the system lists, those the platform layer leaves out (Wine's "file:stream"
-// stand-ins) included.
-std::vector<std::wstring> RawEntries(const std::string& directory) {
-  std::vector<std::wstring> names;
-  WIN32_FIND_DATAW entry;
-  HANDLE find = ::FindFirstFileW((Wide(directory) + L"\\*").c_str(), &entry);
-  if (find == INVALID_HANDLE_VALUE) return names;
-  do names.push_back(entry.cFileName);
-  while (::FindNextFileW(find, &entry));
-  ::FindClose(find);
-  return names;
-}
-
+// A real stream goes with its file; Wine's stand-in, a file named "file:stream", stays.
 bool SupportsStreams(const std::string& directory) {
-  const base::String probe = base::FromUtf8(directory + "\\stream-probe");
-  WriteFile(base::ToUtf8(probe), "");
-  const std::vector<std::wstring> before = RawEntries(directory);
+  const String probe = base::FromUtf8(directory + "\\stream-probe");
+  platform::CreateEmptyFile(probe);
   const bool written = platform::WriteStream(probe, u"probe", "1");
-  const std::vector<std::wstring> after = RawEntries(directory);
-  for (const std::wstring& name : after)
-    if (std::find(before.begin(), before.end(), name) == before.end())
-      ::DeleteFileW((Wide(directory) + L"\\" + name).c_str());
   platform::DeleteFile(probe);
-  return written && after.size() == before.size();
+  const std::wstring standIn = Wide(directory + "\\stream-probe:probe");
+  const bool separate = ::GetFileAttributesW(standIn.c_str()) != INVALID_FILE_ATTRIBUTES;
+  if (separate) ::DeleteFileW(standIn.c_str());
+  return written && !separate;
 }
 
 bool SetImmutable(const std::string&, bool) { return false; }
