@@ -8,8 +8,6 @@
 #include "FileTestSupport.h"
 #include "platform/ncPlatform.h"
 
-using base::String;
-
 namespace test {
 
 void WriteFile(const std::string& path, const std::string& content) { std::ofstream(path, std::ios::binary) << content; }

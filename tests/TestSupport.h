@@ -16,8 +16,6 @@ class ncDBMgr;
 
 namespace test {
 
-using base::String;
-
 // True where the POSIX backend runs (its own mappings: mount-point markers, "\" in names).
 extern const bool kPosixBackend;
 
