@@ -1,18 +1,10 @@
 #include "BenchSupport.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
-
-#include "base/Directory.h"
-#include "text/String.h"
-
-using base::String;
 
 namespace {
 
@@ -32,15 +24,6 @@ int __wrap_sqlite3_prepare_v2(sqlite3* db, const char* sql, int bytes, sqlite3_s
 }
 
 namespace bench {
-
-TempDir::TempDir() {
-  const char* base = std::getenv("TMPDIR");
-  std::string pattern = std::string(base && *base ? base : "/tmp") + "/docmgr-bench-XXXXXX";
-  if (!::mkdtemp(&pattern[0])) std::abort();
-  path_ = pattern;
-}
-
-TempDir::~TempDir() { base::Directory::removeTree(base::FromUtf8(path_)); }
 
 void ExecRaw(sqlite3* db, const std::string& sql) {
   char* error = nullptr;

@@ -1,6 +1,6 @@
-// Shared benchmark helpers: temporary folders, raw SQLite connections, the recording of the
-// statements a store hands to SQLite, their raw replay, and the paired run that every
-// benchmark uses.
+// Shared benchmark helpers: raw SQLite connections, the recording of the statements a store
+// hands to SQLite, their raw replay, and the paired run that every benchmark uses. The
+// temporary folders are the tests' test::TempDir.
 //
 // One definition for every figure: a benchmark runs our call and the raw replay of the very
 // statements that call ran, alternately in one loop (the order flips every iteration), each
@@ -18,17 +18,9 @@
 #include <string>
 #include <vector>
 
+#include "TempDir.h"
+
 namespace bench {
-
-class TempDir {
- public:
-  TempDir();
-  ~TempDir();
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 // A raw connection with the same settings as ncDBMgr::Open, and the synchronous mode the
 // store sets ("NORMAL" or "OFF").

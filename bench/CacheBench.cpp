@@ -79,7 +79,7 @@ struct Database {
   }
 
   const int rows;
-  bench::TempDir dir;
+  test::TempDir dir;
   std::string ourFile, rawFile;
   std::vector<String> samples;  // relative paths of rows spread over the table
   std::vector<ncCacheInfo> infos;

@@ -62,7 +62,7 @@ class LogFiles {
   sqlite3* side(int which) { return sides_[which]; }
 
  private:
-  bench::TempDir dir_;
+  test::TempDir dir_;
   nsCOMPtr<ncLogMgr> log_;
   sqlite3* raw_ = nullptr;
   sqlite3* sides_[2] = {nullptr, nullptr};
@@ -161,7 +161,7 @@ class RelayFiles {
 
  private:
   static constexpr const char* kSource = "'/home/kim/Sync/folder ' || (i % 100) || '/file ' || i || '.docx'";
-  bench::TempDir dir_;
+  test::TempDir dir_;
   nsCOMPtr<ncRelayMgr> relay_;
   sqlite3* raw_ = nullptr;
   std::vector<base::String> samples_;

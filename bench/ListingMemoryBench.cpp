@@ -57,7 +57,7 @@ namespace {
 const int kChildren = 100000;
 
 void BM_ListingPeakMemory(benchmark::State& state) {
-  bench::TempDir dir;
+  test::TempDir dir;
   nsCOMPtr<ncCacheMgr> cache(NC_NEW(ncCacheMgr));
   cache->Init(base::FromUtf8(dir.path() + "/cache.db"), false);
   cache->BeginBatch();

@@ -122,7 +122,7 @@ int main(int argc, char** argv) {
       // Three rounds on fresh trees, the order flipped each round; the medians count, so a
       // neighbour's burst of I/O moves one round, not the figure.
       for (int round = 0; round < kRounds; ++round) {
-        bench::TempDir dir;
+        test::TempDir dir;
         const std::string ourRoot = dir.path() + "/ours", rawRoot = dir.path() + "/raw";
         items = MakeTree(ourRoot, files);
         MakeTree(rawRoot, files);

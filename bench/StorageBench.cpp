@@ -24,7 +24,7 @@ std::string InsertText(int64_t n) {
 // A thousand inserts that replace their rows from the second pass on, paired with the raw
 // replay of the same texts.
 void BM_ExecuteSqlInsert(benchmark::State& state) {
-  bench::TempDir dir;
+  test::TempDir dir;
   nsCOMPtr<ncDBMgr> db(NC_NEW(ncDBMgr));
   db->Open(base::FromUtf8(dir.path() + "/wrapped.db"));
   db->ExecuteSql(u"PRAGMA synchronous=NORMAL;");

@@ -1,7 +1,5 @@
 // The tag manager on real files and folders: the stream encodings, the quiet cases, the
 // read-only retry and the errors it reports.
-#include <gtest/gtest.h>
-
 #include <utility>
 
 #include "FileTestSupport.h"
@@ -45,7 +43,7 @@ TEST_F(ADSMgrTest, TagsRoundTripInTheirStreamEncodingsOnFilesAndFolders) {
     adsMgr->SetStatusInfo(wide, -7);
     adsMgr->SetStatusInfo(wide, 1);  // overwritten, not appended
     EXPECT_EQ(std::string("g\0n\0s\0:\0/\0/\0A\0B\0" "1\0" "2\0/\0\xFC\0m\0l\0", 28), Raw(path, "docId"));
-    EXPECT_EQ(test::LittleEndian64(-2), Raw(path, "errMark"));  // widened with its sign
+    EXPECT_EQ(std::string("\xfe\xff\xff\xff\xff\xff\xff\xff", 8), Raw(path, "errMark"));  // widened with its sign
 
     using Getter = bool (ncADSMgr::*)(const String&, int64_t&);
     const std::pair<Getter, int64_t> tags[] = {
@@ -74,7 +72,7 @@ TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirstAndAbsentTagsAreQuiet) {
 
   // The long-path prefix is accepted as it stands.
   adsMgr->SetVrTypeInfo(u"\\\\?\\" + wide, 9);
-  EXPECT_EQ(test::LittleEndian64(9), Raw(file, "vrType"));
+  EXPECT_EQ(std::string("\x09\0\0\0\0\0\0\0", 8), Raw(file, "vrType"));
 
   // Absent tags and vanished items are quiet.
   const String gone = dir.child("gone.txt");
@@ -94,14 +92,12 @@ TEST_F(ADSMgrTest, PathsAndIdsAreCheckedPathFirstAndAbsentTagsAreQuiet) {
 void ExpectTagChangesFail(ncADSMgr* adsMgr, const String& path, int cause) {
   for (int code : {4, 5}) {
     try {
-      if (code == 4) adsMgr->SetStatusInfo(path, 2);
-      else adsMgr->DeleteStatusInfo(path);
+      code == 4 ? adsMgr->SetStatusInfo(path, 2) : adsMgr->DeleteStatusInfo(path);
       ADD_FAILURE() << "no exception";
     } catch (const base::Exception& e) {
-      EXPECT_EQ(code, e.getCode());
-      EXPECT_EQ(String(u"Could not ") + (code == 4 ? u"write" : u"remove") + u" the synchronization tag of " + path + u".",
+      EXPECT_EQ(String(code == 4 ? u"Could not write" : u"Could not remove") + u" the synchronization tag of " + path + u".",
                 e.getMessage());
-      EXPECT_TRUE(e.getCause() && e.getCause()->isSystemError() && e.getCause()->getCode() == cause);
+      EXPECT_TRUE(e.getCode() == code && e.getCause() && e.getCause()->isSystemError() && e.getCause()->getCode() == cause);
     }
   }
 }
@@ -116,15 +112,15 @@ TEST_F(ADSMgrTest, TagsThatCannotChangeReportTheSystemErrorAsCause) {
   test::Immutable locked(file);
   if (!locked.active()) GTEST_SKIP() << "the immutable flag is not available here";
   ExpectTagChangesFail(adsMgr.get(), base::FromUtf8(file), 5);
-  EXPECT_EQ(test::LittleEndian64(1), Raw(file, "status"));
+  EXPECT_EQ(std::string("\x01\0\0\0\0\0\0\0", 8), Raw(file, "status"));
 }
 
 // A read-only file refuses its streams to an ordinary user: the tag is written after the
 // flag is lifted once, and the file is read-only again afterwards.
 TEST_F(ADSMgrTest, ReadOnlyFilesAreTaggedAndStayReadOnly) {
-  ASSERT_TRUE(platform::SetFileAttributes(base::FromUtf8(file), platform::kAttrReadOnly));
-  test::GiveToUnprivileged(dir.path(), file);
   const String wide = base::FromUtf8(file);
+  ASSERT_TRUE(platform::SetFileAttributes(wide, platform::kAttrReadOnly));
+  test::GiveToUnprivileged(dir.path(), file);
   std::string why;
   const int result = test::RunUnprivileged(
       [&]() -> int {
@@ -141,7 +137,7 @@ TEST_F(ADSMgrTest, ReadOnlyFilesAreTaggedAndStayReadOnly) {
       why);
   if (result < 0) GTEST_SKIP() << "cannot make permission bits apply: " << why;
   ASSERT_EQ(0, result) << "10: the file system lets a read-only file be tagged";
-  EXPECT_EQ(test::LittleEndian64(4), Raw(file, "status"));
+  EXPECT_EQ(std::string("\x04\0\0\0\0\0\0\0", 8), Raw(file, "status"));
   EXPECT_EQ("<absent>", Raw(file, "vrType"));
   EXPECT_TRUE(platform::GetFileAttributes(wide) & platform::kAttrReadOnly);
 }

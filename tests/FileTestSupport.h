@@ -9,10 +9,6 @@
 
 namespace test {
 
-// The system's folder for temporary files, and a new uniquely named folder in a folder
-// (empty when it cannot be made).
-std::string SystemTempFolder();
-std::string MakeTempDir(const std::string& parent);
 void SetEnvironment(const char* name, const char* value);
 
 // A symbolic link at link to target; false when the system does not make one here.
@@ -25,9 +21,6 @@ extern const size_t kNativeNameMax;
 
 // The raw value of an extended attribute; false when absent (always on Windows).
 bool GetXattr(const std::string& path, const std::string& name, std::string& value);
-// The raw bytes of a named stream of a file, read past the component; false when absent.
-bool GetRawStream(const std::string& path, const std::string& stream, std::string& value);
-std::string LittleEndian64(int64_t value);
 
 // Sets or clears the immutable flag; false when the file system or the caller's
 // capabilities do not allow it.

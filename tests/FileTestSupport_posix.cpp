@@ -32,10 +32,6 @@ bool GetXattr(const std::string& path, const std::string& name, std::string& val
   return ::getxattr(path.c_str(), name.c_str(), size ? &value[0] : nullptr, value.size()) == size;
 }
 
-bool GetRawStream(const std::string& path, const std::string& stream, std::string& value) {
-  return GetXattr(path, "user.kestrove." + stream, value);
-}
-
 bool MakeSymlink(const std::string& target, const std::string& link) {
   return ::symlink(target.c_str(), link.c_str()) == 0;
 }
@@ -57,16 +53,6 @@ std::string FolderDisplayText(const std::string& folder) {
 
 const size_t kNativePathMax = PATH_MAX;
 const size_t kNativeNameMax = NAME_MAX;
-
-std::string SystemTempFolder() {
-  const char* base = std::getenv("TMPDIR");
-  return base && *base ? base : "/tmp";
-}
-
-std::string MakeTempDir(const std::string& parent) {
-  std::string pattern = parent + "/docmgr-test-XXXXXX";
-  return ::mkdtemp(&pattern[0]) ? pattern : std::string();
-}
 
 void SetEnvironment(const char* name, const char* value) { ::setenv(name, value, 1); }
 

@@ -2,10 +2,8 @@
 
 #include "platform/ncWin32.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <random>
 
 #include "TestSupport.h"
 #include "text/String.h"
@@ -22,18 +20,14 @@ std::wstring Wide(const std::string& utf8) {
   return std::wstring(text.begin(), text.end());
 }
 
-std::string Utf8(const std::wstring& wide) { return base::ToUtf8(base::String(wide.begin(), wide.end())); }
-
 // Whether the file system refuses to write a read-only file (Wine run by root does not).
 bool ReadOnlyIsEnforced(std::string& why) {
   TempDir dir;
-  const std::wstring probe = Wide(dir.path() + "\\read-only-probe");
-  WriteFile(Utf8(probe), "");
-  ::SetFileAttributesW(probe.c_str(), FILE_ATTRIBUTE_READONLY);
-  HANDLE handle = ::CreateFileW(probe.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-  const bool enforced = handle == INVALID_HANDLE_VALUE;
-  if (!enforced) ::CloseHandle(handle);
-  ::SetFileAttributesW(probe.c_str(), FILE_ATTRIBUTE_NORMAL);
+  const String probe = dir.child("read-only-probe");
+  platform::CreateEmptyFile(probe);
+  platform::SetFileAttributes(probe, platform::kAttrReadOnly);
+  const bool enforced = !platform::WriteWholeFile(probe, "x");
+  platform::SetFileAttributes(probe, platform::kAttrNormal);
   if (!enforced) why = "read-only files stay writable here (Wine run by root maps read-only to permission bits)";
   return enforced;
 }
@@ -81,26 +75,6 @@ std::string FolderDisplayText(const std::string& folder) {
 const size_t kNativePathMax = 0;
 const size_t kNativeNameMax = 255;
 
-std::string SystemTempFolder() {
-  wchar_t buffer[MAX_PATH + 1];
-  const DWORD length = ::GetTempPathW(MAX_PATH + 1, buffer);
-  std::wstring folder(buffer, length);
-  while (!folder.empty() && (folder.back() == L'\\' || folder.back() == L'/')) folder.pop_back();
-  return Utf8(folder);
-}
-
-std::string MakeTempDir(const std::string& parent) {
-  std::random_device random;
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    char name[32];
-    std::snprintf(name, sizeof name, "docmgr-test-%08x", static_cast<unsigned>(random()));
-    const std::string path = parent + "\\" + name;
-    if (::CreateDirectoryW(Wide(path).c_str(), nullptr)) return path;
-    if (::GetLastError() != ERROR_ALREADY_EXISTS) break;
-  }
-  return std::string();
-}
-
 void SetEnvironment(const char* name, const char* value) { ::_putenv_s(name, value); }
 
 std::string RunCommand(const std::string& command, int* status) {
@@ -118,46 +92,19 @@ std::string RunCommand(const std::string& command, int* status) {
 
 bool GetXattr(const std::string&, const std::string&, std::string&) { return false; }
 
-bool GetRawStream(const std::string& path, const std::string& stream, std::string& value) {
-  HANDLE handle = ::CreateFileW(Wide(path + ":" + stream).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) return false;
-  value.clear();
-  char buffer[4096];
-  DWORD got = 0;
-  while (::ReadFile(handle, buffer, sizeof buffer, &got, nullptr) && got > 0) value.append(buffer, got);
-  ::CloseHandle(handle);
-  return true;
-}
-
 const char kNoStreamsReason[] =
     "no alternate data streams (Wine stores a \"file:stream\" name as a separate file) in ";
 
-// A real stream leaves the folder's listing alone; Wine's stand-in shows up as a new entry.
-// Every name the system lists, those the platform layer leaves out (Wine's "file:stream"
-// stand-ins) included.
-std::vector<std::wstring> RawEntries(const std::string& directory) {
-  std::vector<std::wstring> names;
-  WIN32_FIND_DATAW entry;
-  HANDLE find = ::FindFirstFileW((Wide(directory) + L"\\*").c_str(), &entry);
-  if (find == INVALID_HANDLE_VALUE) return names;
-  do names.push_back(entry.cFileName);
-  while (::FindNextFileW(find, &entry));
-  ::FindClose(find);
-  return names;
-}
-
+// A real stream goes with its file; Wine's stand-in, a file named "file:stream", stays.
 bool SupportsStreams(const std::string& directory) {
-  const base::String probe = base::FromUtf8(directory + "\\stream-probe");
-  WriteFile(base::ToUtf8(probe), "");
-  const std::vector<std::wstring> before = RawEntries(directory);
+  const String probe = base::FromUtf8(directory + "\\stream-probe");
+  platform::CreateEmptyFile(probe);
   const bool written = platform::WriteStream(probe, u"probe", "1");
-  const std::vector<std::wstring> after = RawEntries(directory);
-  for (const std::wstring& name : after)
-    if (std::find(before.begin(), before.end(), name) == before.end())
-      ::DeleteFileW((Wide(directory) + L"\\" + name).c_str());
   platform::DeleteFile(probe);
-  return written && after.size() == before.size();
+  const std::wstring standIn = Wide(directory + "\\stream-probe:probe");
+  const bool separate = ::GetFileAttributesW(standIn.c_str()) != INVALID_FILE_ATTRIBUTES;
+  if (separate) ::DeleteFileW(standIn.c_str());
+  return written && !separate;
 }
 
 bool SetImmutable(const std::string&, bool) { return false; }

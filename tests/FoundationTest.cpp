@@ -1,18 +1,11 @@
 // The foundation layer: formatting, text conversion, paths, the message catalogues and
 // tracing (each backend's file operations have their own tests). The pool's
 // counts are watched by the module tests.
-#include <gtest/gtest.h>
-
 #include <cstring>
 
-#include "FileTestSupport.h"
 #include "TestSupport.h"
-#include "base/Directory.h"
-#include "docmgr/Exception.h"
-#include "base/File.h"
 #include "base/MoResourceLoader.h"
 #include "base/Path.h"
-#include "text/String.h"
 #include "base/Trace.h"
 #include "docmgr/ncDocUtils.h"
 #include "platform/ncPlatform.h"
@@ -37,23 +30,16 @@ TEST(FormatTest, DirectivesMissingArgumentsAndTheSecondPass) {
   EXPECT_EQ(4096u, Format(u"%999999999999d", 1).size());
   EXPECT_EQ(4096u + 1, Format(u"%.99999999999d", -1).size());
   EXPECT_EQ(u"abc", Format(u"%.99999999999s", u"abc"));
-  EXPECT_EQ(u"ab", Format(u"%.2147483648s", u"ab"));
   EXPECT_EQ(u"%99999999999999999999d", Format(u"%99999999999999999999d"));  // no argument: as it stands
   EXPECT_EQ(u"9223372036854775807 0", Format(u"%d %d", 1e300, 0.0 / 0.0));
 
-  // Missing arguments and a second pass leave the text alone.
+  // Missing arguments leave the text alone (DBMgrTest formats a finished message again).
   EXPECT_EQ(u"a %s b %d", Format(u"a %s b %d"));
   EXPECT_EQ(u"x=1 y=%d", Format(u"x=%d y=%d", 1));
-  // A finished message formatted again: only "%%" changes.
-  const String once = Format(u"Execute sql failed. Sql: %s. Error: %s", u"like 'a\\%%' and x='%d%'", u"near \"%\"");
-  EXPECT_EQ(u"Execute sql failed. Sql: like 'a\\%%' and x='%d%'. Error: near \"%\"", once);
-  EXPECT_EQ(u"Execute sql failed. Sql: like 'a\\%' and x='%d%'. Error: near \"%\"", Format(once));
   EXPECT_EQ(u"%", Format(u"%"));
 }
 
-TEST(StringTest, Utf8CaseNumbersAndPathParts) {
-  const String text = u"A 项目 \U0001F600 é";
-  EXPECT_EQ(text, base::FromUtf8(base::ToUtf8(text)));
+TEST(StringTest, CaseNumbersTrimmingAndJoinedPaths) {
   EXPECT_TRUE(base::EqualsIgnoreCase(u"C:\\Work\\ÄBC", u"c:\\work\\äbc"));
   EXPECT_FALSE(base::EqualsIgnoreCase(u"abc", u"abd"));
   EXPECT_EQ(-42, base::ToInt64(u" -42abc"));
@@ -62,45 +48,23 @@ TEST(StringTest, Utf8CaseNumbersAndPathParts) {
   EXPECT_EQ(u"a", base::Trim(u"\\\\a\\", u'\\'));
   EXPECT_EQ(u"", base::Trim(u"\\\\", u'\\'));
 
-  // Path parts and validity.
   EXPECT_EQ(String(u"/a") + platform::kPathSeparator + u"b", base::Path::combine(u"/a", u"b"));
   EXPECT_EQ(u"/a/b", base::Path::combine(u"/a/", u"b"));
-  EXPECT_EQ(u"/a", base::Path::getDirectoryName(u"/a/b.txt"));
-  EXPECT_EQ(u"b.txt", base::Path::getFileName(u"/a/b.txt"));
-  EXPECT_EQ(u".txt", base::Path::getExtensionName(u"/a.d/b.txt"));
-  EXPECT_EQ(u"", base::Path::getExtensionName(u"/a.d/b"));
-  EXPECT_TRUE(base::Path::isValidPath(u"a\\b"));
-  EXPECT_FALSE(base::Path::isValidPath(u""));
-  EXPECT_FALSE(base::Path::isValidPath(String(u"a\0b", 3)));
 }
 
-TEST(ResourceTest, CatalogueThenBuiltInThenKey) {
+// docmgr-cli's translated messages read a real catalogue (CliTest). One whose header
+// promises more than the file holds is not read: the built-in texts stand, then the key.
+TEST(ResourceTest, ATruncatedCatalogueLeavesTheBuiltInTextsThenTheKey) {
   test::TempDir dir;
-  // A catalogue written by hand in the GNU .mo layout: one entry besides the header.
-  const std::string key = "IDS_A", text = "From the catalogue %s";
-  std::string mo(28 + 32, '\0');
+  std::string mo(40, '\0');  // the GNU .mo header of two entries, cut inside their table
   auto put = [&mo](size_t at, uint32_t v) { std::memcpy(&mo[at], &v, 4); };
-  put(0, 0x950412de);
-  put(8, 2);
-  put(12, 28);
-  put(16, 44);
-  const size_t strings = mo.size();
-  mo += std::string(1, '\0') + key + '\0' + std::string(1, '\0') + text + '\0';
-  put(28, 0), put(32, strings);
-  put(36, key.size()), put(40, strings + 1);
-  put(44, 0), put(48, strings + 1 + key.size() + 1);
-  put(52, text.size()), put(56, strings + key.size() + 3);
-  test::WriteFile(dir.path() + "/t.mo", mo);
-  const base::ResourceText builtIn[] = {{"IDS_A", "built-in A"}, {"IDS_B", "built-in B"}, {nullptr, nullptr}};
-  base::MoResourceLoader loader(dir.child("t.mo"), builtIn);
-  EXPECT_TRUE(loader.isCatalogueLoaded());
-  EXPECT_EQ(u"From the catalogue x", base::FormatResource(&loader, u"IDS_A", u"x"));
-  EXPECT_EQ(u"built-in B", loader.getString(u"IDS_B"));
-  EXPECT_EQ(u"IDS_C", loader.getString(u"IDS_C"));
-  test::WriteFile(dir.path() + "/broken.mo", mo.substr(0, 40));
+  put(0, 0x950412de), put(8, 2), put(12, 28), put(16, 44), put(32, 60), put(36, 5);
+  test::WriteFile(dir.path() + "/broken.mo", mo);
+  const base::ResourceText builtIn[] = {{"IDS_A", "built-in A %s"}, {nullptr, nullptr}};
   base::MoResourceLoader broken(dir.child("broken.mo"), builtIn);
   EXPECT_FALSE(broken.isCatalogueLoaded());
-  EXPECT_EQ(u"built-in A", broken.getString(u"IDS_A"));
+  EXPECT_EQ(u"built-in A x", base::FormatResource(&broken, u"IDS_A", u"x"));
+  EXPECT_EQ(u"IDS_C", broken.getString(u"IDS_C"));
 }
 
 TEST(TraceTest, LinesNameTheModuleSourceMethodAndArguments) {
@@ -111,10 +75,8 @@ TEST(TraceTest, LinesNameTheModuleSourceMethodAndArguments) {
   base::Trace::configure("");
   ncDocUtils::ReplaceStr(u"not traced", u"x", u"y", true);
   const std::string trace = test::ReadFile(file);
-  EXPECT_NE(std::string::npos, trace.find(" docmgr src/docmgr/ncDocUtils.cpp:")) << trace;
-  EXPECT_NE(std::string::npos,
-            trace.find(" ncDocUtils::ReplaceStr srcStr: a'b, oldSubStr: ', newSubStr: '', replaceAll: 1\n"))
-      << trace;
+  EXPECT_TRUE(test::Has(trace, {" docmgr src/docmgr/ncDocUtils.cpp:",
+                                 " ncDocUtils::ReplaceStr srcStr: a'b, oldSubStr: ', newSubStr: '', replaceAll: 1\n"}));
   EXPECT_EQ(std::string::npos, trace.find("not traced"));
   EXPECT_EQ("ncPathMgr::ncPathMgr", base::Trace::qualifiedName("ncPathMgr::ncPathMgr()"));
   EXPECT_EQ("ns::Foo::bar", base::Trace::qualifiedName("std::map<int, int> ns::Foo::bar(const int&) const"));

@@ -1,50 +1,20 @@
 #include "TestSupport.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
-#include "base/Directory.h"
 #include "base/LibManager.h"
 #include "docmgr/ncAutoGetTable.h"
 #include "FileTestSupport.h"
 #include "platform/ncPlatform.h"
 
-using base::String;
-
 namespace test {
-
-TempDir::TempDir() : path_(MakeTempDir(SystemTempFolder())) {
-  if (path_.empty()) std::abort();
-}
-
-TempDir::TempDir(const std::string& base) : path_(MakeTempDir(base)) {}
-
-String TempDir::child(const std::string& relative) const { return base::FromNativeBytes(path_) + Native(u"/" + base::FromNativeBytes(relative)); }
-
-String Native(const String& path) {
-  String native = path;
-  for (char16_t& unit : native)
-    if (unit == u'/') unit = platform::kPathSeparator;
-  return native;
-}
-
-TempDir::~TempDir() {
-  if (path_.empty()) return;
-  try {
-    base::Directory::removeTree(wpath());
-  } catch (const base::Exception&) {
-  }
-}
 
 void WriteFile(const std::string& path, const std::string& content) { std::ofstream(path, std::ios::binary) << content; }
 
 std::string ReadFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 bool Exists(const std::string& path) {
@@ -52,12 +22,6 @@ bool Exists(const std::string& path) {
 }
 
 void MakeDir(const std::string& path) { platform::CreateDirectory(base::FromNativeBytes(path)); }
-
-std::string LittleEndian64(int64_t value) {
-  std::string bytes(8, '\0');
-  for (int i = 0; i < 8; ++i) bytes[i] = static_cast<char>((static_cast<uint64_t>(value) >> (8 * i)) & 0xFF);
-  return bytes;
-}
 
 void ExpectException(const std::function<void()>& call, int code, const base::String* message, const char* text) {
   try {
@@ -73,11 +37,28 @@ void ExpectException(const std::function<void()>& call, int code, const base::St
 
 const char kNoPosixShellReason[] = "these command lines need a POSIX shell (cmd.exe runs them on Windows)";
 
-CliRun Cli(const std::string& arguments) {
+CliRun Cli(const std::string& arguments, const std::string& environment) {
   CliRun run;
   const std::string program = base::ToUtf8(Native(base::FromUtf8(DOCMGR_CLI_PATH)));
-  run.output = RunCommand(program + " --quiet " + arguments, &run.status);
+  run.output = RunCommand(environment + (environment.empty() ? "" : " ") + program + " --quiet " + arguments, &run.status);
   return run;
+}
+
+::testing::AssertionResult Has(const std::string& text, const std::vector<std::string>& parts) {
+  std::string missing;
+  for (const std::string& part : parts)
+    if (text.find(part) == std::string::npos) missing += " \"" + part + "\"";
+  if (missing.empty()) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "missing" << missing << " in:\n" << text;
+}
+
+::testing::AssertionResult CliPrints(const std::string& arguments, int status, const std::vector<std::string>& parts,
+                                     const std::string& environment) {
+  const CliRun run = Cli(arguments, environment);
+  if (run.status != status)
+    return ::testing::AssertionFailure() << arguments << ": status " << run.status << ", not " << status << "\n"
+                                         << run.output;
+  return Has(run.output, parts) << " (" << arguments << ")";
 }
 
 Rows Query(ncDBMgr* db, const std::string& sql) {

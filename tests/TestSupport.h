@@ -8,33 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "TempDir.h"
 #include "docmgr/Exception.h"
 #include "text/String.h"
 
 class ncDBMgr;
 
 namespace test {
-
-using base::String;
-
-// A fresh folder under TMPDIR (or /tmp), or under the given folder (path() empty when that
-// fails), removed with everything in it at the end.
-class TempDir {
- public:
-  TempDir();
-  explicit TempDir(const std::string& base);
-  ~TempDir();
-  const std::string& path() const { return path_; }
-  String wpath() const { return base::FromUtf8(path_); }
-  // path()/relative as a wide string, with the system's separators.
-  String child(const std::string& relative) const;
-
- private:
-  std::string path_;
-};
-
-// The path with '/' turned into the system's separator.
-String Native(const String& path);
 
 // True where the POSIX backend runs (its own mappings: mount-point markers, "\" in names).
 extern const bool kPosixBackend;
@@ -57,12 +37,18 @@ std::string RunCommand(const std::string& command, int* status);
 bool SupportsStreams(const std::string& directory);
 extern const char kNoStreamsReason[];
 
-// docmgr-cli run with the arguments, as a support engineer runs it.
+// docmgr-cli run with the arguments (after the VAR=value settings of environment, POSIX
+// shells only), as a support engineer runs it.
 struct CliRun {
   int status = -1;
   std::string output;
 };
-CliRun Cli(const std::string& arguments);
+CliRun Cli(const std::string& arguments, const std::string& environment = "");
+// Whether text holds every part; the failure names the missing parts and shows the text.
+::testing::AssertionResult Has(const std::string& text, const std::vector<std::string>& parts);
+// Whether docmgr-cli ends with the status and prints every part.
+::testing::AssertionResult CliPrints(const std::string& arguments, int status, const std::vector<std::string>& parts,
+                                     const std::string& environment = "");
 
 // Tests that drive docmgr-cli through POSIX shell command lines (quoting, VAR=value,
 // redirections, UTF-8 arguments) skip where cmd.exe would run them; make windows-demo runs
@@ -79,9 +65,6 @@ class PosixShellTest : public ::testing::Test {
 using Rows = std::vector<std::vector<std::string>>;
 Rows Query(ncDBMgr* db, const std::string& sql);
 
-}  // namespace test
-
-namespace test {
 // Expects the call to throw base::Exception with the code and, when given, the exact message.
 void ExpectException(const std::function<void()>& call, int code, const base::String* message, const char* text);
 }  // namespace test

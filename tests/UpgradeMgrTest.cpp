@@ -1,8 +1,5 @@
 // The upgrade manager's decisions: what a fresh installation records, the range check, the
 // move of the journals to the second root, and the outcome of a run.
-#include <gtest/gtest.h>
-#include <sqlite3.h>
-
 #include "TestSupport.h"
 #include "UpgradeTestSupport.h"
 #include "docmgr/ncConfigDBInfo.h"
@@ -31,7 +28,6 @@ TEST(UpgradeMgrTest, FreshRootsAndConversionsRecordTheLayout) {
     nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
     upgrade->Init(dir.child("main"), dir.child("logs"), {dir.child("local")}, layout.requested);
     EXPECT_EQ(layout.stored != 0, upgrade->NeedUpgrade());
-    EXPECT_FALSE(upgrade->NeedData());
     EXPECT_EQ(2, test::RunUpgradeToEnd(upgrade.get()).state);
     upgrade->Close();
     ncConfigDBInfo primary;
@@ -52,53 +48,39 @@ TEST(UpgradeMgrTest, VersionsOutOfRangeAreIncompatible) {
   }
 }
 
-TEST(UpgradeMgrTest, OlderRootsAreCountedAndJournalsMoveToTheSecondRoot) {
+// The journals of a root at version 6 move whole to the second root: log.db with the rows
+// still in its write-ahead log (its client stopped without closing it), msg.db as it is. That
+// msg.db is no database, so the first step of the second root fails and records no version.
+TEST(UpgradeMgrTest, OlderRootsAreCountedAndTheirJournalsMoveWholeToTheSecondRoot) {
   test::TempDir dir;
   StampVersion(dir.child("main"), 6, 1);
-  test::WriteFile(dir.path() + "/main/.kestrove.cache/log.db", "log");
-  test::WriteFile(dir.path() + "/main/.kestrove.cache/msg.db", "msg");
+  const std::string data = dir.path() + "/main/.kestrove.cache/";
+  nsCOMPtr<ncDBMgr> live(NC_NEW(ncDBMgr));
+  live->Open(dir.child("live.db"));
+  for (const char16_t* sql : {u"create table t (x int)", u"insert into t values (1), (2), (3)"}) live->ExecuteSql(sql);
+  for (const std::string wal : {"", "-wal"})
+    test::WriteFile(data + "log.db" + wal, test::ReadFile(dir.path() + "/live.db" + wal));
+  live->Close();
+  test::WriteFile(data + "msg.db", "msg");
+
   nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
   upgrade->Init(dir.child("main"), dir.child("logs"), {}, 2);
-  EXPECT_TRUE(upgrade->NeedData());
   ncUpgradeSummary summary;
   upgrade->GetSummary(summary);
   EXPECT_EQ((24 - 6) * 2 + 1, summary.total);  // both roots at 6, plus the view layout
-  for (const std::string journal : {"log", "msg"}) {
-    EXPECT_EQ(journal, test::ReadFile(dir.path() + "/logs/.kestrove.cache/" + journal + ".db"));
-    EXPECT_FALSE(test::Exists(dir.path() + "/main/.kestrove.cache/" + journal + ".db"));
-  }
+  for (const char* file : {"log.db", "log.db-wal", "msg.db"}) EXPECT_FALSE(test::Exists(data + file)) << file;
+  EXPECT_EQ("msg", test::ReadFile(dir.path() + "/logs/.kestrove.cache/msg.db"));
+  nsCOMPtr<ncDBMgr> moved(NC_NEW(ncDBMgr));
+  moved->Open(dir.child("logs/.kestrove.cache/log.db"));
+  EXPECT_EQ((test::Rows{{"3"}}), test::Query(moved.get(), "select count(*) from t"));
+  moved->Close();
 
-  // The moved journals are no databases: the first step of the second root fails on
-  // them, and no version is recorded past it.
   summary = test::RunUpgradeToEnd(upgrade.get());
   EXPECT_EQ(3, summary.state);
   EXPECT_FALSE(summary.message.empty());
   EXPECT_EQ(0.0, summary.done);
   upgrade->Close();
   EXPECT_EQ(6, test::StoredVersion(dir.child("logs")));
-}
-
-TEST(UpgradeMgrTest, MovedJournalKeepsWhatWasStillInItsWriteAheadLog) {
-  test::TempDir dir;
-  StampVersion(dir.child("main"), 24, 1);
-  // A log.db left by a client that stopped without closing it: its rows are in log.db-wal.
-  const std::string live = dir.path() + "/live.db";
-  sqlite3* db = nullptr;
-  ASSERT_EQ(SQLITE_OK, sqlite3_open(live.c_str(), &db));
-  sqlite3_exec(db, "PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0; create table t (x int);"
-                   "insert into t values (1), (2), (3);", nullptr, nullptr, nullptr);
-  const std::string data = dir.path() + "/main/.kestrove.cache/";
-  test::WriteFile(data + "log.db", test::ReadFile(live));
-  test::WriteFile(data + "log.db-wal", test::ReadFile(live + "-wal"));
-  sqlite3_close(db);
-
-  nsCOMPtr<ncIUpgradeMgr> upgrade(new ncUpgradeMgr);
-  upgrade->Init(dir.child("main"), dir.child("logs"), {}, 1);
-  upgrade->Close();
-  EXPECT_FALSE(test::Exists(data + "log.db-wal"));
-  nsCOMPtr<ncDBMgr> moved(NC_NEW(ncDBMgr));
-  moved->Open(dir.child("logs/.kestrove.cache/log.db"));
-  EXPECT_EQ((test::Rows{{"3"}}), test::Query(moved.get(), "select count(*) from t"));
 }
 
 }  // namespace
