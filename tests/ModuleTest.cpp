@@ -12,14 +12,17 @@
 #include "base/ncModulePool.h"
 #include "docmgr/ncDocMgrLibrary.h"
 #include "docmgr/ncIADSMgr.h"
+#include "docmgr/ncICacheBulkWriter.h"
 #include "docmgr/ncICacheMgr.h"
 #include "docmgr/ncIDBMgr.h"
 #include "docmgr/ncIDocMgr.h"
 #include "docmgr/ncIFileMgr.h"
+#include "docmgr/ncILogBulkWriter.h"
 #include "docmgr/ncILogMgr.h"
 #include "docmgr/ncIMsgMgr.h"
 #include "docmgr/ncIPathMgr.h"
 #include "docmgr/ncIRelayMgr.h"
+#include "docmgr/ncIStoreBatch.h"
 #include "docmgr/ncIUpgradeMgr.h"
 #include "docmgr/ncIVerUpgrader.h"
 #include "docmgr/nsHostLoader.h"
@@ -100,7 +103,7 @@ constexpr bool NoneHasAVirtualDestructor() {
 static_assert(NoneHasAVirtualDestructor<nsISupports, nsIFactory, nsIModule, nsIComponentManager,
                                         nsIComponentRegistrar, ncIDocMgr, ncIDBMgr, ncIPathMgr, ncICacheMgr,
                                         ncIADSMgr, ncIFileMgr, ncILogMgr, ncIMsgMgr, ncIRelayMgr, ncIUpgradeMgr,
-                                        ncIVerUpgrader>(),
+                                        ncIVerUpgrader, ncIStoreBatch, ncICacheBulkWriter, ncILogBulkWriter>(),
               "an interface destructor would take a slot a host calls");
 
 #define SLOT(operation, expected) \
@@ -129,7 +132,8 @@ TEST(InterfaceLayoutTest, OperationsSitAtTheSlotsTheirTablesGiveThem) {
       SLOT(ncIMsgMgr::UpdateAndFilterMsg, base + 6),  SLOT(ncIRelayMgr::UpdateUploadNonius, 3),
       SLOT(ncIRelayMgr::ParseUnuploadBlocks, 12),     SLOT(ncIRelayMgr::DeleteDownloadNonius, 22),
       SLOT(ncIUpgradeMgr::Init, 3),                   SLOT(ncIUpgradeMgr::GetSummary, 10),
-      SLOT(ncIVerUpgrader::Upgrade, 3),
+      SLOT(ncIVerUpgrader::Upgrade, 3),               SLOT(ncIStoreBatch::RollbackBatch, base + 2),
+      SLOT(ncICacheBulkWriter::UpdateBulk, base + 0), SLOT(ncILogBulkWriter::RecordSyncLogBulk, base + 0),
   };
   for (const auto& entry : slots) EXPECT_EQ(entry.expected, entry.slot) << entry.operation;
 }
