@@ -96,11 +96,7 @@ inline bool ncIsValidPath(const base::String& path) {
 #define NC_IMPL_ADDREF_RELEASE(Class, destroy)                      \
   NS_IMETHODIMP_(nsrefcnt) Class::AddRef() { return mRefCnt.increment(); } \
   NS_IMETHODIMP_(nsrefcnt) Class::Release() {                       \
-    const nsrefcnt count = mRefCnt.decrement();                     \
-    if (count != 0) return count;                                   \
-    mRefCnt.stabilize();                                            \
-    destroy;                                                        \
-    return 0;                                                       \
+    return mRefCnt.release([this] { destroy; });                    \
   }
 
 // Internal objects go back to the module allocator.

@@ -29,11 +29,7 @@ class HeapObject : public Interface {
   }
   NS_IMETHOD_(nsrefcnt) AddRef() override { return count_.increment(); }
   NS_IMETHOD_(nsrefcnt) Release() override {
-    const nsrefcnt count = count_.decrement();
-    if (count != 0) return count;
-    count_.stabilize();
-    delete this;
-    return 0;
+    return count_.release([this] { delete this; });
   }
 
  protected:

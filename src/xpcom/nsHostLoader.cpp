@@ -28,11 +28,7 @@ class nsHostLoader::Manager : public nsIComponentManager, public nsIComponentReg
   }
   NS_IMETHOD_(nsrefcnt) AddRef() override { return count_.increment(); }
   NS_IMETHOD_(nsrefcnt) Release() override {
-    const nsrefcnt count = count_.decrement();
-    if (count != 0) return count;
-    count_.stabilize();
-    delete this;
-    return 0;
+    return count_.release([this] { delete this; });
   }
 
   // ---- nsIComponentRegistrar -------------------------------------------------------------

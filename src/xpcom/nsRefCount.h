@@ -17,9 +17,17 @@ class nsRefCount {
 
   nsrefcnt increment();
   nsrefcnt decrement();
-  // Before destruction the count is set to 1, so that a destructor that takes and drops a
-  // reference to its own object cannot destroy it a second time.
-  void stabilize() { value_ = 1; }
+  // Drops one reference; the last one runs destroy() on the object. Before that the count
+  // is set to 1, so that a destructor that takes and drops a reference to its own object
+  // cannot destroy it a second time.
+  template <typename Destroy>
+  nsrefcnt release(Destroy destroy) {
+    const nsrefcnt remaining = decrement();
+    if (remaining != 0) return remaining;
+    value_ = 1;
+    destroy();
+    return 0;
+  }
 
   // Objects alive in this binary that carry a count.
   static int32_t liveObjects();
