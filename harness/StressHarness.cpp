@@ -64,7 +64,9 @@ void WriteBatch(Stores& s, int thread, long n, Acknowledged& done) {
   s.cache->BeginBatch();
   for (int i = 0; i < 10; ++i) {
     names.push_back("b" + std::to_string(thread) + "_" + std::to_string(n) + "_" + std::to_string(i));
-    s.cache->Update(Wide(names.back()), Item(names.back()));
+    // Half through the kept statement the other threads' bulk writes share.
+    i % 2 ? s.cache->Update(Wide(names.back()), Item(names.back()))
+          : s.cache->UpdateBulk(Wide(names.back()), Item(names.back()));
   }
   s.cache->CommitBatch();
   done.cache.insert(names.begin(), names.end());
@@ -106,7 +108,8 @@ void WriteLog(Stores& s, int thread, long n, Acknowledged& done) {
   const std::string path = "l" + std::to_string(thread) + "_" + std::to_string(n);
   ncSyncLogInfo entry;
   entry.relPath = Wide(path);
-  s.log->RecordSyncLog(7, entry);  // a type without a cap, so nothing is trimmed
+  // A type without a cap, so nothing is trimmed.
+  n % 2 ? s.log->RecordSyncLog(7, entry) : s.log->RecordSyncLogBulk(7, entry);
   done.log.insert(path);
 }
 
