@@ -113,7 +113,7 @@ static_assert(NoneHasAVirtualDestructor<nsISupports, nsIFactory, nsIModule, nsIC
 // 1 start after the three nsISupports slots (base), those of ncIRelayMgr, ncIUpgradeMgr and
 // ncIVerUpgrader number the nsISupports slots themselves. The C host (HostAbiTest.c) calls
 // nsIModule, nsIFactory and the registrar through vtables of its own.
-TEST(InterfaceLayoutTest, OperationsSitAtTheSlotsTheirTablesGiveThem) {
+TEST(ModuleTest, InterfaceOperationsSitAtTheSlotsTheirTablesGiveThem) {
   const size_t base = 3;
   const struct { const char* operation; size_t slot, expected; } slots[] = {
       SLOT(nsIComponentManager::GetClassObject, 3),   SLOT(nsIComponentManager::CreateInstanceByContractID, 6),
