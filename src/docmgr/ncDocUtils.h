@@ -19,7 +19,9 @@ class ncDocUtils {
   static base::String ReplaceStr(const base::String& srcStr, const base::String& oldSubStr,
                                  const base::String& newSubStr, bool replaceAll);
   // Doubles every single quote, for values spliced into SQL between quotes.
-  static base::String QuoteSql(const base::String& value) { return ReplaceStr(value, u"'", u"''", true); }
+  static base::String QuoteSql(const base::String& value) {
+    return value.find(u'\'') == base::String::npos ? value : ReplaceStr(value, u"'", u"''", true);
+  }
   // Initials for search: a GB2312 character gives the upper-case initial of its pinyin
   // ("[" for the few without one); everything else is kept as it is.
   static base::String GetAcronym(const base::String& name);
