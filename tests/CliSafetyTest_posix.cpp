@@ -141,9 +141,9 @@ TEST(CliSafetyTest, ScanNamesWhatItSkipsLeavesNestedStateAloneAndCountsWholeSubt
   ExpectRun(Cli("scan " + Quoted(root)), 0, {"4 records removed"});  // docs, deep, x.txt, y.txt
 }
 
-// A lock that another process releases: the notice, then the scan carries on and leaves sound
-// databases.
-TEST(CliSafetyTest, AWaitOnALockedDatabaseIsReportedAndTheScanCarriesOnWhenItIsReleased) {
+// A lock that another process holds: the notice, then either the end of --timeout or, once
+// the lock is released, a scan that carries on and leaves sound databases.
+TEST(CliSafetyTest, AWaitOnALockedDatabaseIsReportedEndsAtTheTimeoutOrCarriesOnWhenReleased) {
   test::TempDir dir;
   Lay(dir.path(), {"a.txt"});
   ASSERT_EQ(0, Cli("scan " + Quoted(dir.path())).status);
@@ -152,6 +152,8 @@ TEST(CliSafetyTest, AWaitOnALockedDatabaseIsReportedAndTheScanCarriesOnWhenItIsR
   sqlite3* other = nullptr;
   sqlite3_open((dir.path() + "/.kestrove.cache/cache.db").c_str(), &other);
   ASSERT_EQ(SQLITE_OK, sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr));
+  ExpectRun(Cli("--timeout 2 scan " + Quoted(dir.path())), 1,
+            {"waiting for cache.db: locked by another process", "gave up waiting for cache.db"});
   std::thread release([other] {
     std::this_thread::sleep_for(std::chrono::milliseconds(2500));
     sqlite3_close(other);  // rolls the open transaction back
